@@ -1,0 +1,65 @@
+// Failure reporting and the guard around every exported function.
+#pragma once
+
+#include "task.hpp"
+
+#include <cstdint>
+#include <new>
+#include <string>
+
+namespace qrn {
+
+struct Failure {
+  qrn_rescode code;
+  std::string msg;
+};
+
+[[noreturn]] inline void fail(qrn_rescode code, std::string msg) { throw Failure{code, std::move(msg)}; }
+
+// Records a failure as the task's last error and writes it to the error stream.
+void report(Task &t, qrn_rescode code, const std::string &fn, const std::string &msg);
+
+// Runs body(task) for the exported function fn: a null task, a Failure or any
+// other C++ exception become a response code; nothing escapes.
+template <class Body>
+qrn_rescode api(qrn_task_t task, const char *fn, Body &&body) noexcept {
+  if (task == nullptr) return QRN_RES_ERR_NULL_TASK;
+  Task &t = *task;
+  try {
+    body(t);
+    return QRN_RES_OK;
+  } catch (const Failure &f) {
+    report(t, f.code, fn, f.msg);
+    return f.code;
+  } catch (const std::bad_alloc &) {
+    report(t, QRN_RES_ERR_SPACE, fn, "Out of memory.");
+    return QRN_RES_ERR_SPACE;
+  } catch (...) {
+    report(t, QRN_RES_ERR_INTERNAL, fn, "Internal error.");
+    return QRN_RES_ERR_INTERNAL;
+  }
+}
+
+// ---- shared checks; each throws a Failure naming the offending argument ----
+
+inline void need_count(qrn_int64 n, const char *what) {
+  if (n < 0) fail(QRN_RES_ERR_NEGATIVE_COUNT, std::string(what) + " is negative (" + std::to_string(n) + ").");
+}
+// An input array may be null only when its count is 0.
+inline void need_array(const void *p, qrn_int64 n, const char *what) {
+  if (p == nullptr && n > 0) fail(QRN_RES_ERR_NULL_POINTER, std::string("Argument ") + what + " is null.");
+}
+void check_con(const Task &t, qrn_int64 i, const char *what = "constraint index");
+void check_var(const Task &t, qrn_int64 j, const char *what = "variable index");
+void check_cone(const Task &t, qrn_int64 k, const char *what = "cone index");
+// first <= last <= n and first >= 0; err names the kind of slice.
+void check_slice(qrn_int64 first, qrn_int64 last, qrn_int64 n, const char *kind);
+// Marks the listed items for removal; refuses out-of-range and repeated indexes.
+std::vector<bool> removal_mask(qrn_int32 num, const qrn_int32 *subset, qrn_int32 n, qrn_rescode code,
+                               const char *what);
+template <class T>
+void put(T *out, T value) {
+  if (out != nullptr) *out = value;
+}
+
+}  // namespace qrn

@@ -1,0 +1,6 @@
+// Information items.
+#include "errors.hpp"
+
+namespace qrn {
+Info::Info() {}
+}  // namespace qrn

@@ -1,0 +1,140 @@
+// Internal model of environments and tasks. Every exported function reaches a
+// task through api() (errors.hpp), which turns a thrown Failure into a
+// response code, records it as the task's last error and reports it on the
+// task's error stream.
+#pragma once
+
+#include "quarn.h"
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace qrn {
+
+constexpr double inf = HUGE_VAL;
+
+// The four output streams of an environment or a task.
+struct Streams {
+  std::array<qrn_stream_fn, 4> fn{};
+  std::array<void *, 4> handle{};
+  void write(int which, const std::string &text) const;
+};
+
+struct Env {
+  Streams streams;
+  std::FILE *dbg = nullptr;          // copy of everything written to the streams
+  std::atomic<int> refs{1};          // the owner, plus each task when garbage collection is on
+  std::atomic<bool> garcol{false};
+  std::mutex dbg_mutex;
+  void write(int which, const std::string &text);
+};
+
+struct Entry {
+  qrn_int32 idx;
+  double val;
+};
+
+// Sparse matrix kept both by column and by row, each line sorted by index, so
+// that one row or one column is read in time proportional to its length.
+struct Matrix {
+  std::vector<std::vector<Entry>> cols, rows;
+  qrn_int64 nnz = 0;
+  qrn_int64 maxnnz = 0;
+  double tol = 0.0;  // entries with |value| <= tol are not stored
+};
+
+struct Bound {
+  qrn_int32 bk = QRN_BK_FREE;
+  double bl = -inf;
+  double bu = inf;
+};
+
+// Lower-triangle quadratic terms (i >= j) keyed by (i, j).
+using QTerms = std::map<std::pair<qrn_int32, qrn_int32>, double>;
+
+struct Cone {
+  qrn_int32 type = QRN_CONE_QUAD;
+  double par = 0.0;
+  std::vector<qrn_int32> members;
+};
+
+// Names of one kind of item, with constant-time lookup by name.
+struct NameTable {
+  std::vector<std::string> names;                     // one per item, "" when unnamed
+  std::unordered_map<std::string, qrn_int32> index;  // name -> item
+  void resize(size_t n) { names.resize(n); }
+  void remap(const std::vector<qrn_int32> &newindex, size_t newsize);
+};
+
+struct Params {
+  std::vector<double> dou;
+  std::vector<qrn_int32> integer;
+  std::vector<std::string> str;
+  Params();  // defaults
+};
+
+struct Info {
+  std::array<double, QRN_DINF_COUNT> dou{};
+  std::array<qrn_int32, QRN_IINF_COUNT> integer{};
+  std::array<qrn_int64, QRN_LIINF_COUNT> lint{};
+  Info();  // initial values
+};
+
+struct Task {
+  Env *env = nullptr;
+  bool holds_env = false;  // holds a reference on env (garbage collection)
+  Streams streams;
+  qrn_callback_fn callback = nullptr;
+  void *callback_handle = nullptr;
+  qrn_rescode lastcode = QRN_RES_OK;
+  std::string lastmsg;
+
+  // sizes and capacities
+  qrn_int32 numcon = 0, numvar = 0;
+  qrn_int32 maxnumcon = 0, maxnumvar = 0;
+
+  Matrix a;
+  std::vector<Bound> conbound, varbound;
+  std::vector<double> c;
+  double cfix = 0.0;
+  qrn_int32 sense = QRN_OBJECTIVE_SENSE_MINIMIZE;
+  std::vector<qrn_int32> vartype;
+  qrn_int32 numintvar = 0;
+
+  QTerms qobj;
+  std::vector<QTerms> qcon;  // one per constraint
+  qrn_int64 maxnumqnz = 0;
+
+  std::vector<Cone> cones;
+  std::vector<qrn_int32> var_cone;  // cone of each variable, -1 when none
+  qrn_int32 maxnumcone = 0;
+
+  NameTable connames, varnames, conenames;
+  std::string objname, taskname;
+
+  Params par;
+  Info info;
+
+  void write(int which, const std::string &text) const;
+
+  // Structural changes that touch every per-item array.
+  void append_cons(qrn_int32 num);
+  void append_vars(qrn_int32 num);
+  // remove[k] == true removes item k; the others keep their order.
+  void remove_cons(const std::vector<bool> &remove);
+  void remove_vars(const std::vector<bool> &remove);
+  void remove_cones(const std::vector<bool> &remove);
+};
+
+}  // namespace qrn
+
+struct qrn_env_s : qrn::Env {};
+struct qrn_task_s : qrn::Task {};

@@ -1,0 +1,69 @@
+// The two extension types and the pieces of them that the generated methods,
+// the stream and callback trampolines and the method tables share.
+#pragma once
+
+#define PY_SSIZE_T_CLEAN
+#include <Python.h>
+
+#include "quarn.h"
+
+namespace qrn {
+
+struct EnvObject {
+  PyObject_HEAD
+  PyObject *streamfunc[4];
+  int globalenv;
+  qrn_env_t envhandle;
+};
+
+struct TaskObject {
+  PyObject_HEAD
+  qrn_task_t taskhandle;
+  PyObject *streamfunc[4];
+  PyObject *progressfunc;
+  PyObject *infofunc;
+};
+
+extern PyTypeObject EnvType;
+extern PyTypeObject TaskType;
+
+inline qrn_task_t task_handle(PyObject *self) { return reinterpret_cast<TaskObject *>(self)->taskhandle; }
+inline qrn_env_t env_handle(PyObject *self) { return reinterpret_cast<EnvObject *>(self)->envhandle; }
+
+// Number of information items passed to an information callable.
+constexpr int kDouInfItems = 111;
+constexpr int kIntInfItems = 117;
+constexpr int kLintInfItems = 21;
+
+// Trampolines (streams.cpp).
+extern const qrn_stream_fn env_stream_trampoline[4];
+extern const qrn_stream_fn task_stream_trampoline[4];
+qrn_int32 QRN_CALL callback_trampoline(qrn_task_t task, void *handle, qrn_int32 caller, const qrn_real *douinf,
+                                       const qrn_int32 *intinf, const qrn_int64 *lintinf);
+size_t QRN_CALL write_trampoline(void *handle, const void *data, size_t count);
+
+// Links the four task streams and the callback of a task object's handle.
+void link_task(TaskObject *self);
+// Wraps a task that the library made into a new Task object (NULL on failure).
+PyObject *wrap_task(qrn_task_t handle);
+
+// Method tables, made by the generator with the hand-written methods in place.
+extern PyMethodDef env_methods[];
+extern PyMethodDef task_methods[];
+
+// Hand-written methods.
+PyObject *Env_set_Stream(PyObject *self, PyObject *args);
+PyObject *Env_remove_Stream(PyObject *self, PyObject *args);
+PyObject *Env_enablegarcolenv(PyObject *self, PyObject *unused);
+PyObject *Env_dispose(PyObject *self, PyObject *unused);
+PyObject *Task_set_Stream(PyObject *self, PyObject *args);
+PyObject *Task_set_Progress(PyObject *self, PyObject *args);
+PyObject *Task_set_InfoCallback(PyObject *self, PyObject *args);
+PyObject *Task_remove_Stream(PyObject *self, PyObject *args);
+PyObject *Task_remove_Progress(PyObject *self, PyObject *unused);
+PyObject *Task_remove_InfoCallback(PyObject *self, PyObject *unused);
+PyObject *Task_writedatastream(PyObject *self, PyObject *args);
+PyObject *Task_getlasterror(PyObject *self, PyObject *unused);
+PyObject *Task_dispose(PyObject *self, PyObject *unused);
+
+}  // namespace qrn
