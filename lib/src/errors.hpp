@@ -57,6 +57,8 @@ void check_slice(qrn_int64 first, qrn_int64 last, qrn_int64 n, const char *kind)
 // Marks the listed items for removal; refuses out-of-range and repeated indexes.
 std::vector<bool> removal_mask(qrn_int32 num, const qrn_int32 *subset, qrn_int32 n, qrn_rescode code,
                                const char *what);
+// A bound checked against its key; `what` names the item in the message.
+Bound make_bound(qrn_int32 bk, double bl, double bu, const char *what);
 template <class T>
 void put(T *out, T value) {
   if (out != nullptr) *out = value;
