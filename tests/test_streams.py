@@ -1,0 +1,88 @@
+"""Streams and writing a task to an object with a `write` method."""
+import io
+
+import pytest
+
+import _qrn
+from conftest import dv, iv
+
+TEXT = 1  # the library's own text format
+
+
+@pytest.fixture
+def small(task):
+    task.appendcons_i_2(2)
+    task.appendvars_i_2(3)
+    task.putacol_iOO_4(0, iv(0, 1), dv(1.5, -2.0))
+    return task
+
+
+def test_task_streams_forward_text(task):
+    lines = {s: [] for s in range(4)}
+    for s in range(4):
+        task.set_Stream(s, lines[s].append)
+    task.appendvars_i_2(-5)
+    assert len(lines[2]) == 1 and "-5" in lines[2][0] and isinstance(lines[2][0], str)
+    task.remove_Stream(2)
+    task.appendvars_i_2(-5)
+    assert len(lines[2]) == 1
+
+
+def test_writedatastream_to_bytesio(small):
+    out = io.BytesIO()
+    assert small.writedatastream(TEXT, 0, out) == 0
+    text = out.getvalue().decode()
+    assert "1.5" in text and "-2" in text
+    # unknown formats and compressions are the library's codes, as plain integers
+    assert small.writedatastream(12345, 0, io.BytesIO()) != 0
+    assert small.writedatastream(TEXT, 777, io.BytesIO()) != 0
+
+
+def test_write_gets_read_only_views_of_exact_size(small):
+    sizes, kept = [], []
+
+    class Sink:
+        def write(self, view):
+            assert isinstance(view, memoryview) and view.readonly
+            sizes.append(view.nbytes)
+            with pytest.raises(TypeError):
+                view[0] = 0
+            kept.append(view)  # a kept view stays valid after the call
+
+    assert small.writedatastream(TEXT, 0, Sink()) == 0
+    whole = io.BytesIO()
+    small.writedatastream(TEXT, 0, whole)
+    assert sum(sizes) == len(whole.getvalue())
+    assert b"".join(bytes(v) for v in kept) == whole.getvalue()
+
+
+def test_write_exceptions_come_out_of_the_method(small):
+    class Broken:
+        def write(self, view):
+            raise OSError("disk full")
+
+    with pytest.raises(OSError, match="disk full"):
+        small.writedatastream(TEXT, 0, Broken())
+    with pytest.raises(AttributeError):
+        small.writedatastream(TEXT, 0, object())
+    with pytest.raises(TypeError):
+        small.writedatastream("1", 0, io.BytesIO())
+
+
+def test_stream_callable_exception_during_writedatastream(small):
+    def boom(text):
+        raise RuntimeError("stream")
+
+    small.set_Stream(2, boom)
+    with pytest.raises(RuntimeError):
+        small.writedatastream(12345, 0, io.BytesIO())  # the failure is reported on stream 2
+
+
+def test_progress_and_info_registration(task):
+    seen = []
+    task.set_Progress(seen.append)
+    task.set_InfoCallback(lambda *a: seen.append(a))
+    task.remove_Progress()
+    task.remove_InfoCallback()
+    task.remove_Progress()  # removing twice is fine
+    assert seen == []
