@@ -129,7 +129,7 @@ enum qrn_stream_e {
 /* ---- data formats accepted by QRN_writedatahandle ------------------------ */
 enum qrn_dataformat_e {
   QRN_DATA_FORMAT_EXTENSION = 0, /* from a file name's extension; not for handles */
-  QRN_DATA_FORMAT_TEXT = 1       /* the library's own line-oriented text format (.qtx) */
+  QRN_DATA_FORMAT_TEXT = 1       /* own text format (.qtx): "qrntext 1", then counted sections, one item per line */
 };
 
 enum qrn_compress_e {
