@@ -355,8 +355,17 @@ QRN_API qrn_rescode QRN_CALL QRN_inputdata64(qrn_task_t task, qrn_int32 maxnumco
 /* Bounds, objective and variable types                                    */
 /* ======================================================================= */
 
-/* Changes the lower (lower != 0) or upper bound to value (finite != 0) or to
-   infinity (finite == 0), adjusting the bound key. */
+/* Bounds. A side that the key does not bound reads back as -inf/+inf (IEEE
+   infinities); a value of magnitude >= QRN_INFINITY counts as infinite, and a
+   side that the key bounds must be finite (QRN_RES_ERR_BOUND_INFINITE). NaN
+   bounds are refused (QRN_RES_ERR_VALUE_NAN). lower > upper is accepted.
+
+   chgconbound/chgvarbound change the lower (lower != 0) or upper side to
+   value (finite != 0) or to infinity (finite == 0; value is then ignored) and
+   set the key from the sides that are then finite: none FREE, lower only
+   LOWER, upper only UPPER, both RANGED. Equal finite sides stay FIXED only
+   when the key was FIXED; otherwise they make RANGED, never FIXED.
+   Example: an infinite upper side on a RANGED item makes it LOWER. */
 QRN_API qrn_rescode QRN_CALL QRN_chgconbound(qrn_task_t task, qrn_int32 i, qrn_int32 lower,
                                              qrn_int32 finite, qrn_real value);
 QRN_API qrn_rescode QRN_CALL QRN_chgvarbound(qrn_task_t task, qrn_int32 j, qrn_int32 lower,
@@ -387,7 +396,10 @@ QRN_API qrn_rescode QRN_CALL QRN_putconboundlist(qrn_task_t task, qrn_int32 num,
 QRN_API qrn_rescode QRN_CALL QRN_putvarboundlist(qrn_task_t task, qrn_int32 num, const qrn_int32 *sub,
                                                  const qrn_int32 *bkx, const qrn_real *blx,
                                                  const qrn_real *bux);
-/* In the slice writers a null bound array leaves that bound unchanged. */
+/* List and slice writers: in the list writers an index may repeat (its last
+   entry wins); a null bkc/blc/buc (bkx/blx/bux) array leaves that part of every
+   listed item unchanged (in the list writers sub must be given). Every entry
+   is checked before any bound changes. */
 QRN_API qrn_rescode QRN_CALL QRN_putconboundslice(qrn_task_t task, qrn_int32 first, qrn_int32 last,
                                                   const qrn_int32 *bkc, const qrn_real *blc,
                                                   const qrn_real *buc);
@@ -405,7 +417,9 @@ QRN_API qrn_rescode QRN_CALL QRN_getcfix(qrn_task_t task, qrn_real *cfix);
 QRN_API qrn_rescode QRN_CALL QRN_putcfix(qrn_task_t task, qrn_real cfix);
 QRN_API qrn_rescode QRN_CALL QRN_getobjsense(qrn_task_t task, qrn_int32 *sense);
 QRN_API qrn_rescode QRN_CALL QRN_putobjsense(qrn_task_t task, qrn_int32 sense);
-/* Writes numvar coefficients. */
+/* Objective coefficients and the constant term must be finite
+   (QRN_RES_ERR_VALUE_NAN); an unknown sense is QRN_RES_ERR_OBJ_SENSE.
+   getc writes numvar coefficients. In the list forms an index may repeat. */
 QRN_API qrn_rescode QRN_CALL QRN_getc(qrn_task_t task, qrn_real *c);
 QRN_API qrn_rescode QRN_CALL QRN_getclist(qrn_task_t task, qrn_int32 num, const qrn_int32 *subj,
                                           qrn_real *c);
@@ -416,6 +430,8 @@ QRN_API qrn_rescode QRN_CALL QRN_putclist(qrn_task_t task, qrn_int32 num, const 
 QRN_API qrn_rescode QRN_CALL QRN_putcslice(qrn_task_t task, qrn_int32 first, qrn_int32 last,
                                            const qrn_real *slice);
 
+/* Variable types (qrn_vartype_e; others are QRN_RES_ERR_VAR_TYPE). New
+   variables are continuous; getnumintvar counts the integer ones. */
 QRN_API qrn_rescode QRN_CALL QRN_getnumintvar(qrn_task_t task, qrn_int32 *numintvar);
 QRN_API qrn_rescode QRN_CALL QRN_getvartype(qrn_task_t task, qrn_int32 j, qrn_int32 *vartype);
 QRN_API qrn_rescode QRN_CALL QRN_putvartype(qrn_task_t task, qrn_int32 j, qrn_int32 vartype);
@@ -430,19 +446,28 @@ QRN_API qrn_rescode QRN_CALL QRN_getvartypelist(qrn_task_t task, qrn_int32 num,
 /* Quadratic terms are triplets (i, j, q) of a symmetric matrix Q, the term
    being 1/2 x'Qx. Only the lower triangle is stored: every triplet must have
    j <= i (else QRN_RES_ERR_QUAD_UPPER); repeated (i, j) in one call are added.
-   putqobj/putqconk replace all terms of the objective / constraint k. */
+   putqobj/putqconk replace all terms of the objective / constraint k.
+   Values must be finite (QRN_RES_ERR_VALUE_NAN); a term whose value (or sum)
+   is 0 is not stored. Removing a variable drops its terms.
+   getqobj64/getqconk64 write the terms in increasing (i, j) order; a capacity
+   below the number of terms is QRN_RES_ERR_TOO_SMALL and nothing is written.
+   The capacity getmaxnumqnz64 reports is never below the terms held (all
+   matrices together); putmaxnumqnz below them is QRN_RES_ERR_MAX_CAPACITY. */
 QRN_API qrn_rescode QRN_CALL QRN_getnumqobjnz64(qrn_task_t task, qrn_int64 *numqonz);
 QRN_API qrn_rescode QRN_CALL QRN_getnumqconknz64(qrn_task_t task, qrn_int32 k, qrn_int64 *numqcnz);
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumqnz(qrn_task_t task, qrn_int64 maxnumqnz);
 QRN_API qrn_rescode QRN_CALL QRN_getmaxnumqnz64(qrn_task_t task, qrn_int64 *maxnumqnz);
 QRN_API qrn_rescode QRN_CALL QRN_getqobjij(qrn_task_t task, qrn_int32 i, qrn_int32 j, qrn_real *qoij);
+/* getqobjij of (i, j) with j > i reads (j, i). putqobjij sets one lower-
+   triangle coefficient; 0 removes it. */
 QRN_API qrn_rescode QRN_CALL QRN_putqobjij(qrn_task_t task, qrn_int32 i, qrn_int32 j, qrn_real qoij);
 QRN_API qrn_rescode QRN_CALL QRN_putqobj(qrn_task_t task, qrn_int32 numqonz, const qrn_int32 *qosubi,
                                          const qrn_int32 *qosubj, const qrn_real *qoval);
 QRN_API qrn_rescode QRN_CALL QRN_putqconk(qrn_task_t task, qrn_int32 k, qrn_int32 numqcnz,
                                           const qrn_int32 *qcsubi, const qrn_int32 *qcsubj,
                                           const qrn_real *qcval);
-/* Replaces the terms of every constraint named in qcsubk. */
+/* Replaces the terms of every constraint named in qcsubk (triplet k belongs to
+   constraint qcsubk[k]); constraints not named keep theirs. */
 QRN_API qrn_rescode QRN_CALL QRN_putqcon(qrn_task_t task, qrn_int32 numqcnz, const qrn_int32 *qcsubk,
                                          const qrn_int32 *qcsubi, const qrn_int32 *qcsubj,
                                          const qrn_real *qcval);
@@ -453,7 +478,13 @@ QRN_API qrn_rescode QRN_CALL QRN_getqconk64(qrn_task_t task, qrn_int32 k, qrn_in
                                             qrn_int32 *qcsubj, qrn_real *qcval);
 
 /* Cones over scalar variables (qrn_conetype_e). A variable may belong to at
-   most one cone (QRN_RES_ERR_CONE_OVERLAP). */
+   most one cone (QRN_RES_ERR_CONE_OVERLAP) and occur once in it
+   (QRN_RES_ERR_CONE_REP_VAR). A QUAD cone needs at least 1 member, an RQUAD
+   cone 2 (QRN_RES_ERR_CONE_SIZE). The parameter is stored as given; NaN is
+   QRN_RES_ERR_CONE_PARAMETER. Members keep the order given. Removing a
+   variable removes it from its cone. The capacity (getmaxnumcone) is never
+   below the number of cones; putmaxnumcone below it is
+   QRN_RES_ERR_MAX_CAPACITY. */
 QRN_API qrn_rescode QRN_CALL QRN_getnumcone(qrn_task_t task, qrn_int32 *numcone);
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumcone(qrn_task_t task, qrn_int32 maxnumcone);
 QRN_API qrn_rescode QRN_CALL QRN_getmaxnumcone(qrn_task_t task, qrn_int32 *maxnumcone);
@@ -463,15 +494,18 @@ QRN_API qrn_rescode QRN_CALL QRN_appendcone(qrn_task_t task, qrn_int32 ct, qrn_r
 /* Appends a cone over variables j, j+1, ..., j+nummem-1. */
 QRN_API qrn_rescode QRN_CALL QRN_appendconeseq(qrn_task_t task, qrn_int32 ct, qrn_real conepar,
                                                qrn_int32 nummem, qrn_int32 j);
-/* Appends num cones over consecutive variables starting at j. */
+/* Appends num cones over consecutive variables starting at j: cone k takes
+   the nummem[k] variables that follow those of cone k - 1. */
 QRN_API qrn_rescode QRN_CALL QRN_appendconesseq(qrn_task_t task, qrn_int32 num, const qrn_int32 *ct,
                                                 const qrn_real *conepar, const qrn_int32 *nummem,
                                                 qrn_int32 j);
+/* Replaces cone k; its own members may be reused. */
 QRN_API qrn_rescode QRN_CALL QRN_putcone(qrn_task_t task, qrn_int32 k, qrn_int32 ct, qrn_real conepar,
                                          qrn_int32 nummem, const qrn_int32 *submem);
 QRN_API qrn_rescode QRN_CALL QRN_removecones(qrn_task_t task, qrn_int32 num, const qrn_int32 *subset);
 QRN_API qrn_rescode QRN_CALL QRN_getconeinfo(qrn_task_t task, qrn_int32 k, qrn_int32 *ct,
                                              qrn_real *conepar, qrn_int32 *nummem);
+/* Writes nummem members into submem (when not null). */
 QRN_API qrn_rescode QRN_CALL QRN_getcone(qrn_task_t task, qrn_int32 k, qrn_int32 *ct, qrn_real *conepar,
                                          qrn_int32 *nummem, qrn_int32 *submem);
 
