@@ -3,11 +3,13 @@
 //
 // Every entry is stored twice, in its column (Matrix::cols, by constraint
 // index) and in its row (Matrix::rows, by variable index), each line sorted by
-// index. A writer first checks its whole input, then turns it into a list of
-// changes ("entry (i, j) becomes v"; a value within the truncation tolerance
-// removes the entry) and merges the changes into both orientations. A line
-// that no change touches costs nothing, so writing or reading one row or one
-// column costs in proportion to the lines involved, never to all of A.
+// index. A writer first checks its whole input. A writer of whole rows or
+// columns then swaps in the new lines and merges the differences into the
+// crossing lines; a writer of single entries merges its changes into both
+// orientations. A value within the truncation tolerance is not stored and
+// removes an entry. A line that no change touches costs nothing, so writing or
+// reading one row or one column costs in proportion to the lines involved,
+// never to all of A.
 #include "errors.hpp"
 
 #include <algorithm>
@@ -95,6 +97,7 @@ qrn_int64 check_pointers(qrn_int64 num, const qrn_int64 *ptrb, const qrn_int64 *
 void read_line(Dim d, qrn_int64 line, qrn_int32 n, const qrn_int32 *idx, const double *val, qrn_int64 b,
                qrn_int64 e, const LineArgs &arg, Line &out) {
   out.clear();
+  out.reserve(static_cast<size_t>(e - b));
   for (qrn_int64 p = b; p < e; ++p) {
     check_index_at(other(d), idx[p], n, arg.idx, p);
     check_finite_at(val[p], arg.val, p);
@@ -120,87 +123,86 @@ void check_distinct(qrn_int64 num, const qrn_int32 *sub, const char *arg) {
 
 // ---- changes ------------------------------------------------------------------
 
+// Entry idx of line `line` (in one orientation) becomes v; |v| <= tol removes it.
 struct Change {
-  qrn_int32 i, j;
-  double v;  // |v| <= tol removes the entry
+  qrn_int32 line, idx;
+  double v;
 };
 
-bool row_major(const Change &x, const Change &y) { return x.i != y.i ? x.i < y.i : x.j < y.j; }
-bool col_major(const Change &x, const Change &y) { return x.j != y.j ? x.j < y.j : x.i < y.i; }
+bool line_order(const Change &x, const Change &y) { return x.line != y.line ? x.line < y.line : x.idx < y.idx; }
 
-// Applies changes to one line: few changes in a long line by binary search,
-// otherwise by a merge into scratch. Returns the change in its length.
-qrn_int64 change_line(Line &line, const Change *first, const Change *last, bool by_col, double tol, Line &scratch) {
-  auto idx_of = [by_col](const Change &c) { return by_col ? c.i : c.j; };
-  const size_t before = line.size();
+Change swapped(const Change &c) { return Change{c.idx, c.line, c.v}; }
+
+// Applies the changes [first, last) to one line: few changes in a long line by
+// binary search, otherwise by a merge through scratch. Returns the change in
+// the line's length.
+qrn_int64 change_line(Line &line, const Change *first, const Change *last, double tol, Line &scratch) {
+  const auto before = static_cast<qrn_int64>(line.size());
   const auto n = static_cast<size_t>(last - first);
-  if (n * 8 < line.size()) {
+  if (n == 1 || n * 8 < line.size()) {
     for (const Change *c = first; c != last; ++c) {
-      qrn_int32 idx = idx_of(*c);
-      auto it = std::lower_bound(line.begin(), line.end(), idx, [](const Entry &e, qrn_int32 k) { return e.idx < k; });
-      bool found = it != line.end() && it->idx == idx;
-      bool keep = std::fabs(c->v) > tol;
+      auto it = std::lower_bound(line.begin(), line.end(), c->idx,
+                                 [](const Entry &e, qrn_int32 k) { return e.idx < k; });
+      const bool found = it != line.end() && it->idx == c->idx, keep = std::fabs(c->v) > tol;
       if (found && keep) it->val = c->v;
       else if (found) line.erase(it);
-      else if (keep) line.insert(it, Entry{idx, c->v});
+      else if (keep) line.insert(it, Entry{c->idx, c->v});
     }
   } else {
     scratch.clear();
+    scratch.reserve(line.size() + n);
     auto it = line.begin();
     for (const Change *c = first; c != last; ++c) {
-      qrn_int32 idx = idx_of(*c);
-      while (it != line.end() && it->idx < idx) scratch.push_back(*it++);
-      if (it != line.end() && it->idx == idx) ++it;
-      if (std::fabs(c->v) > tol) scratch.push_back(Entry{idx, c->v});
+      while (it != line.end() && it->idx < c->idx) scratch.push_back(*it++);
+      if (it != line.end() && it->idx == c->idx) ++it;
+      if (std::fabs(c->v) > tol) scratch.push_back(Entry{c->idx, c->v});
     }
     scratch.insert(scratch.end(), it, line.end());
     if (scratch.size() > line.capacity()) line.swap(scratch);
     else line.assign(scratch.begin(), scratch.end());
   }
-  return static_cast<qrn_int64>(line.size()) - static_cast<qrn_int64>(before);
+  return static_cast<qrn_int64>(line.size()) - before;
 }
 
-// Merges changes (sorted to match the orientation, at most one per entry).
-qrn_int64 merge(Lines &lines, const std::vector<Change> &ch, bool by_col, double tol) {
+// Merges changes (at most one per entry) into lines; returns the change in
+// the number of entries.
+qrn_int64 merge(Lines &lines, std::vector<Change> &ch, double tol) {
+  if (!std::is_sorted(ch.begin(), ch.end(), line_order)) std::sort(ch.begin(), ch.end(), line_order);
   qrn_int64 delta = 0;
   Line scratch;
   const Change *p = ch.data(), *end = ch.data() + ch.size();
   while (p != end) {
-    qrn_int32 line = by_col ? p->j : p->i;
     const Change *q = p;
-    while (q != end && (by_col ? q->j : q->i) == line) ++q;
-    delta += change_line(lines[line], p, q, by_col, tol, scratch);
+    while (q != end && q->line == p->line) ++q;
+    delta += change_line(lines[p->line], p, q, tol, scratch);
     p = q;
   }
   return delta;
 }
 
-// Applies checked changes, at most one per entry, to both orientations.
-void apply(Matrix &a, std::vector<Change> &ch) {
-  if (!std::is_sorted(ch.begin(), ch.end(), col_major)) std::sort(ch.begin(), ch.end(), col_major);
-  a.nnz += merge(a.cols, ch, true, a.tol);
-  if (!std::is_sorted(ch.begin(), ch.end(), row_major)) std::sort(ch.begin(), ch.end(), row_major);
-  merge(a.rows, ch, false, a.tol);
+// Applies checked changes of single entries, given by row, to both orientations.
+void set_entries(Matrix &a, std::vector<Change> &by_row) {
+  std::vector<Change> by_col(by_row.size());
+  std::transform(by_row.begin(), by_row.end(), by_col.begin(), swapped);
+  a.nnz += merge(a.rows, by_row, a.tol);
+  merge(a.cols, by_col, a.tol);
 }
 
-// Appends the changes that turn stored line `line` (of kind d) into `fresh`:
-// every new entry, and a removal for each old entry that `fresh` lacks.
-void diff_line(const Task &t, Dim d, qrn_int32 line, const Line &fresh, std::vector<Change> &ch) {
-  const Line &old = lines_of(t.a, d)[line];
-  auto add = [&](qrn_int32 idx, double v) {
-    ch.push_back(d == Dim::row ? Change{line, idx, v} : Change{idx, line, v});
-  };
+// Appends the changes to the cross lines that turn stored line `line` into
+// `fresh`: each new entry, and a removal for each old entry that `fresh` lacks.
+void diff_line(const Line &old, qrn_int32 line, const Line &fresh, std::vector<Change> &cross) {
   size_t o = 0;
   for (const Entry &e : fresh) {
-    for (; o < old.size() && old[o].idx < e.idx; ++o) add(old[o].idx, 0.0);
+    for (; o < old.size() && old[o].idx < e.idx; ++o) cross.push_back(Change{old[o].idx, line, 0.0});
     if (o < old.size() && old[o].idx == e.idx) ++o;
-    add(e.idx, e.val);
+    cross.push_back(Change{e.idx, line, e.val});
   }
-  for (; o < old.size(); ++o) add(old[o].idx, 0.0);
+  for (; o < old.size(); ++o) cross.push_back(Change{old[o].idx, line, 0.0});
 }
 
 // Replaces num lines of kind d: line sub[k] (first + k when sub is null) gets
-// the entries idx/val[ptrb[k], ptre[k]). Everything is checked first.
+// the entries idx/val[ptrb[k], ptre[k]). Everything is checked first; then the
+// lines are replaced and the crossing lines merged with the differences.
 void replace_lines(Task &t, Dim d, qrn_int64 num, const qrn_int32 *sub, qrn_int32 first, const qrn_int64 *ptrb,
                    const qrn_int64 *ptre, const qrn_int32 *idx, const double *val, const LineArgs &arg) {
   const qrn_int32 nlines = count_of(t, d), ncross = count_of(t, other(d));
@@ -211,14 +213,26 @@ void replace_lines(Task &t, Dim d, qrn_int64 num, const qrn_int32 *sub, qrn_int3
   qrn_int64 reach = check_pointers(num, ptrb, ptre, arg);
   need_array(idx, reach, arg.idx);
   need_array(val, reach, arg.val);
-  std::vector<Change> ch;
-  Line fresh;
+  auto line_of = [&](qrn_int64 k) { return sub != nullptr ? sub[k] : static_cast<qrn_int32>(first + k); };
+  Lines &lines = d == Dim::row ? t.a.rows : t.a.cols;
+  Lines fresh(static_cast<size_t>(num));
+  std::vector<Change> cross;
+  size_t most = 0;  // changes to the crossing lines at most: old and new entries
+  for (qrn_int64 k = 0; k < num; ++k) most += static_cast<size_t>(ptre[k] - ptrb[k]) + lines[line_of(k)].size();
+  cross.reserve(most);
   for (qrn_int64 k = 0; k < num; ++k) {
-    qrn_int32 line = sub != nullptr ? sub[k] : static_cast<qrn_int32>(first + k);
-    read_line(d, line, ncross, idx, val, ptrb[k], ptre[k], arg, fresh);
-    diff_line(t, d, line, fresh, ch);
+    Line &f = fresh[k];
+    read_line(d, line_of(k), ncross, idx, val, ptrb[k], ptre[k], arg, f);
+    f.erase(std::remove_if(f.begin(), f.end(), [&](const Entry &e) { return std::fabs(e.val) <= t.a.tol; }),
+            f.end());
+    diff_line(lines[line_of(k)], line_of(k), f, cross);
   }
-  apply(t.a, ch);
+  for (qrn_int64 k = 0; k < num; ++k) {
+    Line &line = lines[line_of(k)];
+    t.a.nnz += static_cast<qrn_int64>(fresh[k].size()) - static_cast<qrn_int64>(line.size());
+    line.swap(fresh[k]);
+  }
+  merge(d == Dim::row ? t.a.cols : t.a.rows, cross, t.a.tol);
 }
 
 void put_line(Task &t, Dim d, qrn_int32 line, qrn_int32 nz, const qrn_int32 *idx, const double *val,
@@ -480,7 +494,7 @@ QRN_API qrn_rescode QRN_CALL QRN_putaij(qrn_task_t task, qrn_int32 i, qrn_int32 
     check_index(Dim::col, j, t.numvar, "j");
     check_finite(aij, "aij");
     std::vector<Change> ch{Change{i, j, aij}};
-    apply(t.a, ch);
+    set_entries(t.a, ch);
   });
 }
 
@@ -556,13 +570,13 @@ QRN_API qrn_rescode QRN_CALL QRN_putaijlist64(qrn_task_t task, qrn_int64 num, co
       ch[k] = Change{subi[k], subj[k], valij[k]};
     }
     // Of repeated entries the last one counts: keep the last of each run.
-    if (!std::is_sorted(ch.begin(), ch.end(), row_major)) std::stable_sort(ch.begin(), ch.end(), row_major);
-    auto same = [](const Change &x, const Change &y) { return x.i == y.i && x.j == y.j; };
+    if (!std::is_sorted(ch.begin(), ch.end(), line_order)) std::stable_sort(ch.begin(), ch.end(), line_order);
+    auto same = [](const Change &x, const Change &y) { return x.line == y.line && x.idx == y.idx; };
     size_t w = 0;
     for (size_t k = 0; k < ch.size(); ++k)
       if (k + 1 == ch.size() || !same(ch[k], ch[k + 1])) ch[w++] = ch[k];
     ch.resize(w);
-    apply(t.a, ch);
+    set_entries(t.a, ch);
   });
 }
 
