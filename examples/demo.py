@@ -1,0 +1,103 @@
+"""A first tour of _qrn: state a small linear problem, read it back, write it as text.
+
+    minimize    2 x0 + 3 x1 - x2 + 0.5
+    subject to  c0:  1 <=  x0 + 2 x1
+                c1:  2 <=  x0 +   x1 + 3 x2  <= 6
+                x0 >= 0,   0 <= x1 <= 3,   x2 <= 5
+"""
+import io
+import sys
+from array import array
+
+import numpy as np
+
+import _qrn
+
+# Bound keys, data format and compression (lib/include/quarn.h).
+BK_FREE, BK_LOWER, BK_UPPER, BK_FIXED, BK_RANGED = 0, 1, 2, 3, 4
+DATA_FORMAT_TEXT, COMPRESS_NONE = 1, 0
+STREAM_MSG = 1
+INF = float("inf")
+
+
+def ok(task, what, result):
+    """The payload of a result pair; stops the demo when the library refused the call."""
+    code, payload = result if isinstance(result, tuple) else (result, None)
+    if code != 0:
+        sys.exit(f"{what} failed with response code {code}: {task.getlasterror()[1]}")
+    return payload
+
+
+def show_streams(task):
+    """Forward the task's four output streams to print, each with its own tag."""
+    for which, tag in enumerate(["log", "msg", "err", "wrn"]):
+        task.set_Stream(which, lambda text, tag=tag: print(f"[{tag}] {text}", end=""))
+
+
+def state_problem(task):
+    # Columns of A: column j holds asub/aval[aptrb[j]:aptre[j]].
+    return ok(task, "inputdata64", task.inputdata64_iiOdOOOOOOOOOO_15(
+        2, 3,                                           # room for constraints, variables
+        memoryview(array("d", [2.0, 3.0, -1.0])), 0.5,  # c, cfix
+        memoryview(array("q", [0, 2, 4])), memoryview(array("q", [2, 4, 5])),
+        memoryview(array("i", [0, 1, 0, 1, 1])), memoryview(array("d", [1.0, 1.0, 2.0, 1.0, 3.0])),
+        memoryview(array("i", [BK_LOWER, BK_RANGED])),              # constraint bounds
+        memoryview(array("d", [1.0, 2.0])), memoryview(array("d", [INF, 6.0])),
+        memoryview(array("i", [BK_LOWER, BK_RANGED, BK_UPPER])),    # variable bounds
+        memoryview(array("d", [0.0, 0.0, -INF])), memoryview(array("d", [INF, 3.0, 5.0]))))
+
+
+def read_back(task):
+    numcon = ok(task, "getnumcon", task.getnumcon__1())
+    numvar = ok(task, "getnumvar", task.getnumvar__1())
+    print(f"{numcon} constraints, {numvar} variables")
+    # In place: the caller sizes the arrays (count query first), the library fills them.
+    for j in range(numvar):
+        nz = ok(task, "getacolnumnz", task.getacolnumnz_i_2(j))
+        sub, val = array("i", [0] * nz), array("d", [0.0] * nz)
+        ok(task, "getacol", task.getacol_iOO_4(j, memoryview(sub), memoryview(val)))
+        print(f"  column {j}: rows {list(sub)} values {list(val)}")
+    for i in range(numcon):
+        nz = ok(task, "getarownumnz", task.getarownumnz_i_2(i))
+        sub, val = np.zeros(nz, dtype=np.int32), np.zeros(nz, dtype=np.float64)
+        ok(task, "getarow", task.getarow_iOO_4(i, memoryview(sub), memoryview(val)))
+        print(f"  row {i}:    columns {sub.tolist()} values {val.tolist()}")
+    # Allocating: the method resizes the bytearrays to fit.
+    sub, val = bytearray(), bytearray()
+    nz = ok(task, "getacol", task.getacol_iOO_2(1, sub, val))
+    print(f"  column 1 again ({nz} entries, {len(sub) + len(val)} bytes): "
+          f"rows {list(memoryview(sub).cast('i'))} values {list(memoryview(val).cast('d'))}")
+
+
+def write_text(task):
+    stream = io.BytesIO()
+    ok(task, "writedatastream", task.writedatastream(DATA_FORMAT_TEXT, COMPRESS_NONE, stream))
+    print("The problem in the library's text format:")
+    print(stream.getvalue().decode(), end="")
+
+
+def solve(task):
+    if not hasattr(task, "optimizetrm__1"):
+        print("The optimizer is not available in this build yet: not solving.")
+        return
+    trm = ok(task, "optimizetrm", task.optimizetrm__1())
+    print(f"optimizer finished, termination code {trm}")
+    ok(task, "optimizersummary", task.optimizersummary_i_2(STREAM_MSG))
+
+
+def main():
+    env = _qrn.Env()
+    task = _qrn.Task(env)
+    try:
+        show_streams(task)
+        state_problem(task)
+        read_back(task)
+        write_text(task)
+        solve(task)
+    finally:
+        task.dispose()
+        env.dispose()
+
+
+if __name__ == "__main__":
+    main()
