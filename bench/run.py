@@ -149,11 +149,10 @@ class Cases:
         self.memmove = ctypes.memmove
 
         # Column 1 is what the readers read back.
-        for t, nz, (s, v) in ((self.small, SMALL, (self.sub, self.val)),
-                              (self.base_small, SMALL, (self.sub, self.val)),
-                              (self.large, LARGE, (self.big_sub, self.big_val)),
-                              (self.base_large, LARGE, (self.big_sub, self.big_val))):
-            if can_put:
+        if can_put:
+            for t, s, v in ((self.small, self.sub, self.val), (self.base_small, self.sub, self.val),
+                            (self.large, self.big_sub, self.big_val),
+                            (self.base_large, self.big_sub, self.big_val)):
                 expect(t.putacol_iOO_4(1, s, v), (0, None), "putacol_iOO_4")
 
     def copy(self):
