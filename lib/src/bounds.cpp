@@ -48,6 +48,16 @@ const Items vars{&Task::varbound, &Task::numvar, check_var, "variable", "variabl
 
 std::string item(const Items &it, qrn_int64 i) { return std::string(it.name) + " " + std::to_string(i); }
 
+// The bound of item i checked against its key. The item's name is built only
+// for the message of a bound that fails.
+Bound checked(const Items &it, qrn_int64 i, const Bound &given) {
+  try {
+    return make_bound(given.bk, given.bl, given.bu, "");
+  } catch (const Failure &) {
+    return make_bound(given.bk, given.bl, given.bu, item(it, i).c_str());  // throws again, naming the item
+  }
+}
+
 bool bounds_below(qrn_int32 bk) { return bk == QRN_BK_LOWER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
 bool bounds_above(qrn_int32 bk) { return bk == QRN_BK_UPPER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
 
@@ -81,7 +91,7 @@ void chgbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 lower, qrn_int32 
 
 void putbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 bk, double bl, double bu) {
   it.check(t, i);
-  (t.*it.bounds)[i] = make_bound(bk, bl, bu, item(it, i).c_str());
+  (t.*it.bounds)[i] = checked(it, i, Bound{bk, bl, bu});
 }
 
 void getbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 *bk, double *bl, double *bu) {
@@ -92,55 +102,56 @@ void getbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 *bk, double *bl, 
   put(bu, b.bu);
 }
 
-// Writes num bounds: item index(k) receives make(k, its current bound, its
-// name). Everything is checked first; a repeated item takes its last bound.
-template <class Index, class Make>
-void put_bounds(Task &t, const Items &it, qrn_int64 num, Index index, Make make) {
+// Writes num bounds: item index(k) receives given(k, its current bound).
+// Everything is checked first; a repeated item takes its last bound.
+template <class Index, class Given>
+void put_bounds(Task &t, const Items &it, qrn_int64 num, Index index, Given given) {
   auto &bounds = t.*it.bounds;
   std::vector<Bound> fresh;
   fresh.reserve(static_cast<size_t>(num));
   for (qrn_int64 k = 0; k < num; ++k) {
     qrn_int64 i = index(k);
     it.check(t, i);
-    fresh.push_back(make(k, bounds[i], item(it, i)));
+    fresh.push_back(checked(it, i, given(k, bounds[i])));
   }
   for (qrn_int64 k = 0; k < num; ++k) bounds[index(k)] = fresh[k];
 }
 
-// Bound k of three arrays; a null array keeps that part of the current bound.
-Bound merged(qrn_int64 k, const Bound &now, const qrn_int32 *bk, const double *bl, const double *bu,
-             const std::string &what) {
-  return make_bound(bk ? bk[k] : now.bk, bl ? bl[k] : now.bl, bu ? bu[k] : now.bu, what.c_str());
+// Entry k of three bound arrays; a null array keeps that part of the current bound.
+auto from_arrays(const qrn_int32 *bk, const double *bl, const double *bu) {
+  return [=](qrn_int64 k, const Bound &now) {
+    return Bound{bk ? bk[k] : now.bk, bl ? bl[k] : now.bl, bu ? bu[k] : now.bu};
+  };
+}
+
+auto constant(qrn_int32 bk, double bl, double bu) {
+  return [=](qrn_int64, const Bound &) { return Bound{bk, bl, bu}; };
 }
 
 void putboundlistconst(Task &t, const Items &it, qrn_int32 num, const qrn_int32 *sub, qrn_int32 bk, double bl,
                        double bu) {
   need_count(num, "num");
   need_array(sub, num, "sub");
-  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; },
-             [&](qrn_int64, const Bound &, const std::string &what) { return make_bound(bk, bl, bu, what.c_str()); });
+  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; }, constant(bk, bl, bu));
 }
 
 void putboundsliceconst(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, qrn_int32 bk, double bl,
                         double bu) {
   check_slice(first, last, t.*it.count, it.name);
-  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; },
-             [&](qrn_int64, const Bound &, const std::string &what) { return make_bound(bk, bl, bu, what.c_str()); });
+  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; }, constant(bk, bl, bu));
 }
 
 void putboundlist(Task &t, const Items &it, qrn_int32 num, const qrn_int32 *sub, const qrn_int32 *bk,
                   const double *bl, const double *bu) {
   need_count(num, "num");
   need_array(sub, num, "sub");
-  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; },
-             [&](qrn_int64 k, const Bound &now, const std::string &what) { return merged(k, now, bk, bl, bu, what); });
+  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; }, from_arrays(bk, bl, bu));
 }
 
 void putboundslice(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, const qrn_int32 *bk, const double *bl,
                    const double *bu) {
   check_slice(first, last, t.*it.count, it.name);
-  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; },
-             [&](qrn_int64 k, const Bound &now, const std::string &what) { return merged(k, now, bk, bl, bu, what); });
+  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; }, from_arrays(bk, bl, bu));
 }
 
 void getboundslice(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, qrn_int32 *bk, double *bl,
