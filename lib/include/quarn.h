@@ -105,6 +105,8 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_CONE_PARAMETER, 1305, "A cone parameter is outside its allowed range.")           \
   X(QRN_RES_ERR_NAME_FORMAT, 1400, "A name format text is invalid.")                              \
   X(QRN_RES_ERR_NAME_UTF8, 1401, "A name is not valid UTF-8.")                                    \
+  X(QRN_RES_ERR_NAME_DUPLICATE, 1402, "Another item of the same kind already has the name.")        \
+  X(QRN_RES_ERR_NAME_POSITION, 1403, "A position lies outside the shape of generated names.")       \
   X(QRN_RES_ERR_PARAM_INDEX, 1500, "A parameter identifier is out of range.")                     \
   X(QRN_RES_ERR_PARAM_NAME, 1501, "No parameter has the given name.")                             \
   X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.") \
@@ -210,12 +212,466 @@ enum qrn_nametype_e {
 };
 
 /* QRN_PARAMETERS_BEGIN: parameter identifiers (filled by the parameter table). */
+/* Parameters are set and read by identifier or by name, the name being the
+   constant's name (e.g. "QRN_DPAR_OPT_TOL"). Each comment gives the default
+   and the allowed values: a range [low, high] or a set of constants. A value
+   outside them is refused with QRN_RES_ERR_PARAM_VALUE and leaves the
+   parameter unchanged. QRN_putparam reads integer values as decimal numbers
+   or, for parameters that take constants, as a constant's name in full or
+   without its prefix ("QRN_ON" or "ON", "QRN_ALGORITHM_IPM" or "IPM").
+   String values must be valid UTF-8; "token" values are also non-empty and
+   free of blanks and control characters. */
+
+/* Values of integer parameters. */
+enum qrn_onoff_e { QRN_OFF = 0, QRN_ON = 1 };
+enum qrn_algorithm_e { QRN_ALGORITHM_AUTO = 0, QRN_ALGORITHM_IPM = 1,
+  QRN_ALGORITHM_PRIMAL_SIMPLEX = 2, QRN_ALGORITHM_DUAL_SIMPLEX = 3, QRN_ALGORITHM_ANY_SIMPLEX = 4 };
+enum qrn_scaling_e { QRN_SCALING_AUTO = 0, QRN_SCALING_NONE = 1, QRN_SCALING_GEOMETRIC = 2,
+  QRN_SCALING_EQUILIBRATE = 3 };
+enum qrn_ordering_e { QRN_ORDERING_AUTO = 0, QRN_ORDERING_MIN_DEGREE = 1,
+  QRN_ORDERING_NESTED_DISSECTION = 2, QRN_ORDERING_NONE = 3 };
+enum qrn_solveform_e { QRN_SOLVE_FORM_AUTO = 0, QRN_SOLVE_FORM_PRIMAL = 1,
+  QRN_SOLVE_FORM_DUAL = 2 };
+enum qrn_pricing_e { QRN_PRICING_AUTO = 0, QRN_PRICING_DANTZIG = 1, QRN_PRICING_DEVEX = 2,
+  QRN_PRICING_STEEPEST_EDGE = 3, QRN_PRICING_PARTIAL = 4 };
+enum qrn_branchdir_e { QRN_BRANCH_AUTO = 0, QRN_BRANCH_UP = 1, QRN_BRANCH_DOWN = 2,
+  QRN_BRANCH_NEAREST = 3 };
+enum qrn_nodesel_e { QRN_NODE_SELECT_AUTO = 0, QRN_NODE_SELECT_BEST_BOUND = 1,
+  QRN_NODE_SELECT_DEPTH_FIRST = 2, QRN_NODE_SELECT_BEST_ESTIMATE = 3 };
+
+enum qrn_dparam_e {
+  /* 1e-8 [1e-14, 0.5]: largest relative primal infeasibility of a solution reported feasible */
+  QRN_DPAR_PRIMAL_FEAS_TOL = 0,
+  /* 1e-8 [1e-14, 0.5]: largest relative dual infeasibility of a solution reported feasible */
+  QRN_DPAR_DUAL_FEAS_TOL = 1,
+  /* 1e-8 [1e-14, 0.5]: relative primal-dual gap at which a continuous problem counts as solved */
+  QRN_DPAR_OPT_TOL = 2,
+  /* 1e-10 [1e-14, 0.5]: tolerance of infeasibility certificates */
+  QRN_DPAR_INFEAS_TOL = 3,
+  /* 0.99 [0.5, 0.9999]: share of the step to the boundary that the interior-point method takes */
+  QRN_DPAR_IPM_STEP_FRACTION = 4,
+  /* 0.1 [0, 1]: centering weight of the interior-point search direction */
+  QRN_DPAR_IPM_CENTERING = 5,
+  /* 1e-6 [0, 1]: relative progress below which the interior-point method counts as stalled */
+  QRN_DPAR_IPM_STALL_TOL = 6,
+  /* 1e-7 [1e-12, 0.99]: smallest relative pivot that the simplex methods accept */
+  QRN_DPAR_SIMPLEX_PIVOT_TOL = 7,
+  /* 1e12 [1, 1e30]: basis condition estimate above which the simplex methods pivot more
+     strictly */
+  QRN_DPAR_BASIS_COND_LIMIT = 8,
+  /* 1e-4 [0, 1e30]: relative gap at which the mixed-integer search stops */
+  QRN_DPAR_MIP_REL_GAP = 9,
+  /* 1e-10 [0, 1e30]: absolute gap at which the mixed-integer search stops */
+  QRN_DPAR_MIP_ABS_GAP = 10,
+  /* 1e-5 [1e-9, 0.5]: distance to an integer within which a value counts as integral */
+  QRN_DPAR_MIP_INT_TOL = 11,
+  /* 0.05 [0, 1]: share of the search time given to primal heuristics */
+  QRN_DPAR_MIP_HEUR_EFFORT = 12,
+  /* 1e30 [-1e30, 1e30]: nodes that cannot beat this objective are pruned; magnitude 1e30: none */
+  QRN_DPAR_MIP_OBJ_CUTOFF = 13,
+  /* 1e30 [0, 1e30]: seconds for the mixed-integer search; 1e30: no limit */
+  QRN_DPAR_MIP_TIME_LIMIT = 14,
+  /* 1e30 [0, 1e30]: seconds for one optimization; 1e30: no limit */
+  QRN_DPAR_TIME_LIMIT = 15,
+  /* -1e30 [-1e30, 1e30]: a minimization stops at a feasible objective at most this; -1e30:
+     never */
+  QRN_DPAR_OBJ_TARGET_MIN = 16,
+  /* 1e30 [-1e30, 1e30]: a maximization stops at a feasible objective at least this; 1e30:
+     never */
+  QRN_DPAR_OBJ_TARGET_MAX = 17,
+  /* 1e-9 [0, 0.01]: tolerance of presolve reductions */
+  QRN_DPAR_PRESOLVE_TOL = 18,
+  /* 2 [1, 1e30]: largest growth of matrix non-zeros that presolve substitutions may cause */
+  QRN_DPAR_PRESOLVE_FILL_LIMIT = 19,
+  /* 1e9 [0, 1e30]: the data check warns about coefficients of larger magnitude */
+  QRN_DPAR_DATA_LARGE_COEF = 20,
+  /* 1e-9 [0, 1e30]: the data check warns about non-zero coefficients of smaller magnitude */
+  QRN_DPAR_DATA_SMALL_COEF = 21,
+  /* 1e-10 [0, 1e30]: negative eigenvalue tolerated by the convexity check */
+  QRN_DPAR_CONVEXITY_TOL = 22,
+  /* 1 [0, 1e30]: penalty weight of feasibility repair for items without their own */
+  QRN_DPAR_REPAIR_WEIGHT = 23,
+  /* 1e-12 [0, 1]: eigenvalue below which a semidefinite matrix counts as singular */
+  QRN_DPAR_SEMIDEF_EIG_TOL = 24,
+  /* 60 [0, 1e30]: seconds to wait for a remote server to answer */
+  QRN_DPAR_REMOTE_TIMEOUT = 25,
+  /* 0.1 [0, 1e30]: least seconds between two iteration callbacks */
+  QRN_DPAR_CALLBACK_INTERVAL = 26,
+};
+#define QRN_DPAR_COUNT 27
+
+enum qrn_iparam_e {
+  /* 1 [0, 3]: 0: silent, 1: summaries, 2: iteration lines, 3: details */
+  QRN_IPAR_LOG_LEVEL = 0,
+  /* 1000 [1, INT32_MAX]: nodes between two log lines of the mixed-integer search */
+  QRN_IPAR_LOG_MIP_FREQ = 1,
+  /* QRN_ALGORITHM_AUTO {qrn_algorithm_e}: algorithm for continuous problems and relaxations */
+  QRN_IPAR_ALGORITHM = 2,
+  /* 0 [0, 1024]: threads to use; 0: one per core */
+  QRN_IPAR_THREADS = 3,
+  /* QRN_ON {qrn_onoff_e}: simplify the problem before optimizing */
+  QRN_IPAR_PRESOLVE = 4,
+  /* -1 [-1, 1000]: most presolve passes; -1: until no more progress */
+  QRN_IPAR_PRESOLVE_PASSES = 5,
+  /* QRN_ON {qrn_onoff_e}: let presolve use dual arguments */
+  QRN_IPAR_PRESOLVE_DUAL_REDUCTIONS = 6,
+  /* QRN_SCALING_AUTO {qrn_scaling_e}: scaling of the constraint matrix */
+  QRN_IPAR_SCALING = 7,
+  /* 400 [0, INT32_MAX]: most interior-point iterations */
+  QRN_IPAR_IPM_MAX_ITER = 8,
+  /* QRN_ORDERING_AUTO {qrn_ordering_e}: fill-reducing ordering of the interior-point
+     factorization */
+  QRN_IPAR_IPM_ORDERING = 9,
+  /* QRN_SOLVE_FORM_AUTO {qrn_solveform_e}: solve the primal or the dual problem */
+  QRN_IPAR_IPM_SOLVE_FORM = 10,
+  /* QRN_ON {qrn_onoff_e}: compute a basic solution after the interior-point method */
+  QRN_IPAR_CROSSOVER = 11,
+  /* 10000000 [0, INT32_MAX]: most simplex iterations */
+  QRN_IPAR_SIMPLEX_MAX_ITER = 12,
+  /* QRN_PRICING_AUTO {qrn_pricing_e}: pricing rule of the simplex methods */
+  QRN_IPAR_SIMPLEX_PRICING = 13,
+  /* INT32_MAX [0, INT32_MAX]: most nodes of the mixed-integer search */
+  QRN_IPAR_MIP_NODE_LIMIT = 14,
+  /* INT32_MAX [1, INT32_MAX]: the mixed-integer search stops after this many integer solutions */
+  QRN_IPAR_MIP_SOLUTION_LIMIT = 15,
+  /* QRN_ON {qrn_onoff_e}: generate cuts */
+  QRN_IPAR_MIP_CUTS = 16,
+  /* 10 [0, 1000]: most cut rounds at the root */
+  QRN_IPAR_MIP_CUT_ROUNDS = 17,
+  /* QRN_ON {qrn_onoff_e}: run primal heuristics */
+  QRN_IPAR_MIP_HEURISTICS = 18,
+  /* 1 [0, 3]: probing effort; 0: none */
+  QRN_IPAR_MIP_PROBING_LEVEL = 19,
+  /* QRN_BRANCH_AUTO {qrn_branchdir_e}: child node explored first */
+  QRN_IPAR_MIP_BRANCH_DIR = 20,
+  /* QRN_NODE_SELECT_AUTO {qrn_nodesel_e}: order in which open nodes are explored */
+  QRN_IPAR_MIP_NODE_SELECTION = 21,
+  /* 0 [0, INT32_MAX]: seed of the randomized choices */
+  QRN_IPAR_MIP_SEED = 22,
+  /* QRN_ON {qrn_onoff_e}: detect and exploit symmetry */
+  QRN_IPAR_MIP_SYMMETRY = 23,
+  /* QRN_ON {qrn_onoff_e}: check quadratic terms for convexity before optimizing */
+  QRN_IPAR_CHECK_CONVEXITY = 24,
+  /* QRN_ON {qrn_onoff_e}: check the data for large and small coefficients before optimizing */
+  QRN_IPAR_DATA_CHECK = 25,
+  /* QRN_OFF {qrn_onoff_e}: write an infeasibility report after proving infeasibility */
+  QRN_IPAR_INFEAS_REPORT = 26,
+  /* QRN_OFF {qrn_onoff_e}: write a solution summary after each optimization */
+  QRN_IPAR_SOLUTION_SUMMARY = 27,
+  /* QRN_OFF {qrn_onoff_e}: sensitivity analysis of every item after each optimization */
+  QRN_IPAR_SENSITIVITY_ALL = 28,
+  /* QRN_DATA_FORMAT_EXTENSION {qrn_dataformat_e}: format of files read; EXTENSION: from the
+     file name */
+  QRN_IPAR_INPUT_FORMAT = 29,
+  /* QRN_DATA_FORMAT_EXTENSION {qrn_dataformat_e}: format of files written; EXTENSION: from the
+     file name */
+  QRN_IPAR_OUTPUT_FORMAT = 30,
+  /* QRN_COMPRESS_NONE {qrn_compress_e}: compression of files written */
+  QRN_IPAR_OUTPUT_COMPRESSION = 31,
+  /* QRN_ON {qrn_onoff_e}: write item names (OFF: names made from the QRN_SPAR_NAME_PREFIX_*
+     values) */
+  QRN_IPAR_OUTPUT_NAMES = 32,
+  /* 17 [1, 17]: significant digits of numbers written */
+  QRN_IPAR_OUTPUT_PRECISION = 33,
+  /* QRN_ON {qrn_onoff_e}: apply parameter settings found in problem files */
+  QRN_IPAR_INPUT_PARAMS = 34,
+  /* 256 [1, INT32_MAX]: QRN_analyzenames reports names longer than this many bytes */
+  QRN_IPAR_NAME_LENGTH_WARN = 35,
+  /* 3 [0, 100]: connection attempts to a remote server before giving up */
+  QRN_IPAR_REMOTE_RETRIES = 36,
+};
+#define QRN_IPAR_COUNT 37
+
+enum qrn_sparam_e {
+  /* "" any: file that receives a copy of the log stream; empty: none */
+  QRN_SPAR_LOG_FILE = 0,
+  /* "" any: file the solutions are written to after each optimization; empty: none */
+  QRN_SPAR_SOLUTION_FILE = 1,
+  /* "" any: file the sensitivity report is written to; empty: the message stream */
+  QRN_SPAR_SENSITIVITY_FILE = 2,
+  /* "" any: directory for the problem dumps of failed optimizations; empty: none */
+  QRN_SPAR_DUMP_DIR = 3,
+  /* "" any: directory for temporary files; empty: the system's */
+  QRN_SPAR_TEMP_DIR = 4,
+  /* "" any: host:port of the remote optimization server; empty: optimize locally */
+  QRN_SPAR_REMOTE_SERVER = 5,
+  /* "" any: label attached to remote jobs */
+  QRN_SPAR_REMOTE_TAG = 6,
+  /* "qtx" token: extension assumed for file names without one */
+  QRN_SPAR_DEFAULT_EXTENSION = 7,
+  /* "c" token: prefix of generic constraint names in files written */
+  QRN_SPAR_NAME_PREFIX_CON = 8,
+  /* "x" token: prefix of generic variable names in files written */
+  QRN_SPAR_NAME_PREFIX_VAR = 9,
+  /* "k" token: prefix of generic cone names in files written */
+  QRN_SPAR_NAME_PREFIX_CONE = 10,
+};
+#define QRN_SPAR_COUNT 11
 /* QRN_PARAMETERS_END */
 
 /* QRN_INFORMATION_BEGIN: information item identifiers. */
+/* Information items describe the task's last optimization (and, for the
+   READ and WRITE items, its last problem read or write). Each starts at 0,
+   except those marked [-1], which start at -1 meaning "not computed"; each
+   keeps its value until the next run that computes it. */
 #define QRN_DINF_COUNT 111
 #define QRN_IINF_COUNT 117
 #define QRN_LIINF_COUNT 21
+enum qrn_dinfitem_e {
+  QRN_DINF_TIME_TOTAL = 0,                  /* wall-clock seconds of the last optimization */
+  QRN_DINF_TIME_CPU = 1,                    /* processor seconds of the last optimization */
+  QRN_DINF_TIME_PRESOLVE = 2,               /* seconds in presolve */
+  QRN_DINF_TIME_SCALING = 3,                /* seconds in scaling */
+  QRN_DINF_TIME_DATA_CHECK = 4,             /* seconds checking the data before optimizing */
+  QRN_DINF_TIME_IPM = 5,                    /* seconds in the interior-point method */
+  QRN_DINF_TIME_IPM_ORDERING = 6,           /* seconds ordering the interior-point factorization */
+  QRN_DINF_TIME_IPM_FACTOR = 7,             /* seconds in interior-point factorizations */
+  QRN_DINF_TIME_CROSSOVER = 8,              /* seconds in crossover to a basic solution */
+  QRN_DINF_TIME_SIMPLEX = 9,                /* seconds in the simplex methods */
+  QRN_DINF_TIME_SIMPLEX_FACTOR = 10,        /* seconds in basis factorizations */
+  QRN_DINF_TIME_MIP = 11,                   /* seconds in the mixed-integer search */
+  QRN_DINF_TIME_MIP_ROOT = 12,              /* seconds solving the root relaxation */
+  QRN_DINF_TIME_MIP_CUTS = 13,              /* seconds generating cuts */
+  QRN_DINF_TIME_MIP_HEURISTICS = 14,        /* seconds in primal heuristics */
+  QRN_DINF_TIME_MIP_PROBING = 15,           /* seconds in probing */
+  QRN_DINF_TIME_MIP_FIRST_SOLUTION = 16,    /* [-1] seconds until the first integer solution */
+  QRN_DINF_TIME_MIP_BEST_SOLUTION = 17,     /* [-1] seconds until the best integer solution */
+  QRN_DINF_TIME_READ = 18,                  /* seconds of the last problem read */
+  QRN_DINF_TIME_WRITE = 19,                 /* seconds of the last problem write */
+  QRN_DINF_TIME_CALLBACKS = 20,             /* seconds spent in the callback */
+  QRN_DINF_TIME_REMOTE = 21,                /* seconds waiting for a remote server */
+  QRN_DINF_TIME_SENSITIVITY = 22,           /* seconds of the last sensitivity analysis */
+  QRN_DINF_TIME_REPAIR = 23,                /* seconds of the last feasibility repair */
+  QRN_DINF_IPM_PRIMAL_OBJ = 24,             /* primal objective at the last interior-point iterate */
+  QRN_DINF_IPM_DUAL_OBJ = 25,               /* dual objective at the last interior-point iterate */
+  QRN_DINF_IPM_PRIMAL_INFEAS = 26,          /* [-1] largest primal infeasibility of the last iterate */
+  QRN_DINF_IPM_DUAL_INFEAS = 27,            /* [-1] largest dual infeasibility of the last iterate */
+  QRN_DINF_IPM_PRIMAL_RESIDUAL_REL = 28,    /* [-1] relative primal residual of the last iterate */
+  QRN_DINF_IPM_DUAL_RESIDUAL_REL = 29,      /* [-1] relative dual residual of the last iterate */
+  QRN_DINF_IPM_COMPLEMENTARITY = 30,        /* [-1] complementarity of the last iterate */
+  QRN_DINF_IPM_REL_GAP = 31,                /* [-1] relative objective gap of the last iterate */
+  QRN_DINF_IPM_MU = 32,                     /* [-1] barrier parameter of the last iterate */
+  QRN_DINF_IPM_TAU = 33,                    /* [-1] homogeneous scaling variable tau */
+  QRN_DINF_IPM_KAPPA = 34,                  /* [-1] homogeneous scaling variable kappa */
+  QRN_DINF_IPM_PRIMAL_STEP = 35,            /* last primal step length */
+  QRN_DINF_IPM_DUAL_STEP = 36,              /* last dual step length */
+  QRN_DINF_IPM_FLOP_RATE = 37,              /* floating-point operations per second in factorizations */
+  QRN_DINF_IPM_FACTOR_DENSITY = 38,         /* share of non-zeros in the factor */
+  QRN_DINF_IPM_FILL_RATIO = 39,             /* factor non-zeros over system non-zeros */
+  QRN_DINF_SPX_PRIMAL_OBJ = 40,             /* primal objective of the last basis */
+  QRN_DINF_SPX_DUAL_OBJ = 41,               /* dual objective of the last basis */
+  QRN_DINF_SPX_PRIMAL_INFEAS = 42,          /* [-1] largest primal infeasibility of the last basis */
+  QRN_DINF_SPX_DUAL_INFEAS = 43,            /* [-1] largest dual infeasibility of the last basis */
+  QRN_DINF_SPX_SUM_PRIMAL_INFEAS = 44,      /* [-1] sum of primal infeasibilities of the last basis */
+  QRN_DINF_SPX_SUM_DUAL_INFEAS = 45,        /* [-1] sum of dual infeasibilities of the last basis */
+  QRN_DINF_SPX_BASIS_COND = 46,             /* [-1] condition estimate of the last basis */
+  QRN_DINF_SPX_FACTOR_DENSITY = 47,         /* share of non-zeros in the basis factor */
+  QRN_DINF_SPX_PIVOT_TOL_USED = 48,         /* pivot tolerance in force at the end */
+  QRN_DINF_SPX_PERTURBATION = 49,           /* largest bound or cost perturbation applied */
+  QRN_DINF_CROSSOVER_PRIMAL_INFEAS = 50,    /* [-1] largest primal infeasibility after crossover */
+  QRN_DINF_CROSSOVER_DUAL_INFEAS = 51,      /* [-1] largest dual infeasibility after crossover */
+  QRN_DINF_MIP_OBJ = 52,                    /* objective of the best integer solution */
+  QRN_DINF_MIP_OBJ_BOUND = 53,              /* best objective bound */
+  QRN_DINF_MIP_FIRST_OBJ = 54,              /* objective of the first integer solution */
+  QRN_DINF_MIP_ROOT_BOUND = 55,             /* objective bound of the root relaxation before cuts */
+  QRN_DINF_MIP_ROOT_CUT_BOUND = 56,         /* objective bound of the root relaxation after cuts */
+  QRN_DINF_MIP_REL_GAP = 57,                /* [-1] relative gap of the best solution to the bound */
+  QRN_DINF_MIP_ABS_GAP = 58,                /* [-1] absolute gap of the best solution to the bound */
+  QRN_DINF_MIP_ROOT_GAP_CLOSED = 59,        /* [-1] share of the root gap closed by cuts */
+  QRN_DINF_MIP_MAX_INT_VIOL = 60,           /* [-1] largest integrality violation of the best solution */
+  QRN_DINF_MIP_MAX_CON_VIOL = 61,           /* [-1] largest constraint violation of the best solution */
+  QRN_DINF_MIP_MAX_BOUND_VIOL = 62,         /* [-1] largest bound violation of the best solution */
+  QRN_DINF_MIP_NODES_PER_SECOND = 63,       /* nodes processed per second */
+  QRN_DINF_MIP_AVG_DEPTH = 64,              /* average depth of the processed nodes */
+  QRN_DINF_MIP_LP_ITER_PER_NODE = 65,       /* relaxation iterations per node */
+  QRN_DINF_MIP_TREE_MEMORY_MB = 66,         /* megabytes held by the search tree at its peak */
+  QRN_DINF_PRESOLVE_ROW_REDUCTION = 67,     /* share of constraints removed by presolve */
+  QRN_DINF_PRESOLVE_COL_REDUCTION = 68,     /* share of variables removed by presolve */
+  QRN_DINF_PRESOLVE_NNZ_REDUCTION = 69,     /* share of matrix non-zeros removed by presolve */
+  QRN_DINF_PRESOLVE_OBJ_OFFSET = 70,        /* objective constant contributed by eliminated variables */
+  QRN_DINF_SCALING_OBJ_FACTOR = 71,         /* factor applied to the objective by scaling */
+  QRN_DINF_INTERIOR_PRIMAL_OBJ = 72,        /* primal objective (interior solution) */
+  QRN_DINF_INTERIOR_DUAL_OBJ = 73,          /* dual objective (interior solution) */
+  QRN_DINF_INTERIOR_PRIMAL_CON_VIOL = 74,   /* [-1] largest constraint violation (interior solution) */
+  QRN_DINF_INTERIOR_PRIMAL_BOUND_VIOL = 75, /* [-1] largest bound violation (interior solution) */
+  QRN_DINF_INTERIOR_PRIMAL_CONE_VIOL = 76,  /* [-1] largest cone violation (interior solution) */
+  QRN_DINF_INTERIOR_DUAL_CON_VIOL = 77,     /* [-1] largest dual constraint violation (interior) */
+  QRN_DINF_INTERIOR_DUAL_BOUND_VIOL = 78,   /* [-1] largest dual bound violation (interior solution) */
+  QRN_DINF_INTERIOR_DUAL_CONE_VIOL = 79,    /* [-1] largest dual cone violation (interior solution) */
+  QRN_DINF_INTERIOR_X_NORM = 80,            /* largest magnitude of a variable (interior solution) */
+  QRN_DINF_INTERIOR_Y_NORM = 81,            /* largest magnitude of a dual (interior solution) */
+  QRN_DINF_BASIC_PRIMAL_OBJ = 82,           /* primal objective (basic solution) */
+  QRN_DINF_BASIC_DUAL_OBJ = 83,             /* dual objective (basic solution) */
+  QRN_DINF_BASIC_PRIMAL_CON_VIOL = 84,      /* [-1] largest constraint violation (basic solution) */
+  QRN_DINF_BASIC_PRIMAL_BOUND_VIOL = 85,    /* [-1] largest bound violation (basic solution) */
+  QRN_DINF_BASIC_DUAL_CON_VIOL = 86,        /* [-1] largest dual constraint violation (basic solution) */
+  QRN_DINF_BASIC_DUAL_BOUND_VIOL = 87,      /* [-1] largest dual bound violation (basic solution) */
+  QRN_DINF_BASIC_X_NORM = 88,               /* largest magnitude of a variable (basic solution) */
+  QRN_DINF_BASIC_Y_NORM = 89,               /* largest magnitude of a dual (basic solution) */
+  QRN_DINF_INTEGER_PRIMAL_OBJ = 90,         /* objective (integer solution) */
+  QRN_DINF_INTEGER_PRIMAL_CON_VIOL = 91,    /* [-1] largest constraint violation (integer solution) */
+  QRN_DINF_INTEGER_PRIMAL_BOUND_VIOL = 92,  /* [-1] largest bound violation (integer solution) */
+  QRN_DINF_INTEGER_PRIMAL_CONE_VIOL = 93,   /* [-1] largest cone violation (integer solution) */
+  QRN_DINF_INTEGER_INT_VIOL = 94,           /* [-1] largest integrality violation (integer solution) */
+  QRN_DINF_INTEGER_X_NORM = 95,             /* largest magnitude of a variable (integer solution) */
+  QRN_DINF_DATA_A_MAX_ABS = 96,             /* largest magnitude of a matrix coefficient */
+  QRN_DINF_DATA_A_MIN_ABS = 97,             /* smallest magnitude of a non-zero matrix coefficient */
+  QRN_DINF_DATA_C_MAX_ABS = 98,             /* largest magnitude of an objective coefficient */
+  QRN_DINF_DATA_CON_BOUND_MAX_ABS = 99,     /* largest magnitude of a finite constraint bound */
+  QRN_DINF_DATA_VAR_BOUND_MAX_ABS = 100,    /* largest magnitude of a finite variable bound */
+  QRN_DINF_DATA_QOBJ_MAX_ABS = 101,         /* largest magnitude of a quadratic objective coefficient */
+  QRN_DINF_DATA_QCON_MAX_ABS = 102,         /* largest magnitude of a quadratic constraint coefficient */
+  QRN_DINF_CONVEXITY_MIN_EIG = 103,         /* smallest eigenvalue met by the convexity check */
+  QRN_DINF_MEM_PEAK_MB = 104,               /* peak megabytes used by the last optimization */
+  QRN_DINF_MEM_FACTOR_MB = 105,             /* megabytes held by factorizations at their peak */
+  QRN_DINF_REPAIR_PENALTY = 106,            /* [-1] weighted violation of the last feasibility repair */
+  QRN_DINF_REPAIR_OBJ = 107,                /* objective of the repaired problem's solution */
+  QRN_DINF_PROGRESS_FRACTION = 108,         /* estimated share of the work done, 0 to 1 */
+  QRN_DINF_CALLBACK_LAST_TIME = 109,        /* seconds since the start at the last callback */
+  QRN_DINF_REMOTE_QUEUE_TIME = 110,         /* seconds a remote job waited in the server's queue */
+};
+enum qrn_iinfitem_e {
+  QRN_IINF_IPM_ITER = 0,                   /* interior-point iterations */
+  QRN_IINF_IPM_CORRECTORS = 1,             /* corrector steps taken by the interior-point method */
+  QRN_IINF_IPM_FACTOR_DIM = 2,             /* dimension of the factored interior-point system */
+  QRN_IINF_IPM_DENSE_COLUMNS = 3,          /* columns treated as dense in the interior-point system */
+  QRN_IINF_IPM_SOLVE_FORM_USED = 4,        /* [-1] qrn_solveform_e value used by the interior-point code */
+  QRN_IINF_IPM_ORDERING_USED = 5,          /* [-1] qrn_ordering_e value used by the interior-point code */
+  QRN_IINF_IPM_STALLED = 6,                /* 1 when the interior-point method stalled */
+  QRN_IINF_IPM_PRIMAL_CERT = 7,            /* 1 when a primal infeasibility certificate was found */
+  QRN_IINF_IPM_DUAL_CERT = 8,              /* 1 when a dual infeasibility certificate was found */
+  QRN_IINF_SPX_ITER = 9,                   /* simplex iterations, both methods */
+  QRN_IINF_SPX_PRIMAL_ITER = 10,           /* primal simplex iterations */
+  QRN_IINF_SPX_DUAL_ITER = 11,             /* dual simplex iterations */
+  QRN_IINF_SPX_PHASE1_ITER = 12,           /* simplex iterations spent reaching feasibility */
+  QRN_IINF_SPX_BOUND_FLIPS = 13,           /* bound flips of the dual simplex method */
+  QRN_IINF_SPX_DEGENERATE_PIVOTS = 14,     /* degenerate simplex pivots */
+  QRN_IINF_SPX_REFACTORIZATIONS = 15,      /* basis refactorizations */
+  QRN_IINF_SPX_BASIS_REPAIRS = 16,         /* singular bases repaired */
+  QRN_IINF_SPX_PRICING_USED = 17,          /* [-1] qrn_pricing_e value used by the simplex method */
+  QRN_IINF_SPX_NUM_PRIMAL_INFEAS = 18,     /* primal infeasible basic variables at the end */
+  QRN_IINF_SPX_NUM_DUAL_INFEAS = 19,       /* dual infeasible non-basic variables at the end */
+  QRN_IINF_CROSSOVER_PRIMAL_ITER = 20,     /* primal crossover iterations */
+  QRN_IINF_CROSSOVER_DUAL_ITER = 21,       /* dual crossover iterations */
+  QRN_IINF_CROSSOVER_CLEANUP_ITER = 22,    /* simplex iterations after crossover */
+  QRN_IINF_MIP_SOLUTIONS = 23,             /* integer solutions found */
+  QRN_IINF_MIP_HEUR_SOLUTIONS = 24,        /* integer solutions found by heuristics */
+  QRN_IINF_MIP_INCUMBENT_UPDATES = 25,     /* improvements of the best integer solution */
+  QRN_IINF_MIP_FIRST_SOLUTION_NODE = 26,   /* [-1] node at which the first integer solution was found */
+  QRN_IINF_MIP_BEST_SOLUTION_NODE = 27,    /* [-1] node at which the best integer solution was found */
+  QRN_IINF_MIP_ACTIVE_NODES = 28,          /* open nodes when the search ended */
+  QRN_IINF_MIP_MAX_DEPTH = 29,             /* deepest node processed */
+  QRN_IINF_MIP_RESTARTS = 30,              /* restarts of the search */
+  QRN_IINF_MIP_ROOT_CUT_ROUNDS = 31,       /* cut rounds at the root */
+  QRN_IINF_MIP_CUTS_GOMORY = 32,           /* Gomory cuts added */
+  QRN_IINF_MIP_CUTS_MIR = 33,              /* mixed-integer rounding cuts added */
+  QRN_IINF_MIP_CUTS_COVER = 34,            /* knapsack cover cuts added */
+  QRN_IINF_MIP_CUTS_FLOW_COVER = 35,       /* flow cover cuts added */
+  QRN_IINF_MIP_CUTS_CLIQUE = 36,           /* clique cuts added */
+  QRN_IINF_MIP_CUTS_IMPLIED_BOUND = 37,    /* implied bound cuts added */
+  QRN_IINF_MIP_CUTS_ZERO_HALF = 38,        /* zero-half cuts added */
+  QRN_IINF_MIP_CUTS_LIFT_PROJECT = 39,     /* lift-and-project cuts added */
+  QRN_IINF_MIP_CUTS_CONIC = 40,            /* conic outer-approximation cuts added */
+  QRN_IINF_MIP_CUTS_TOTAL = 41,            /* cuts added in all */
+  QRN_IINF_MIP_CUTS_ACTIVE = 42,           /* cuts in the final relaxation */
+  QRN_IINF_MIP_PROBING_FIXED = 43,         /* variables fixed by probing */
+  QRN_IINF_MIP_PROBING_IMPLICATIONS = 44,  /* implications found by probing */
+  QRN_IINF_MIP_CLIQUES = 45,               /* cliques in the conflict graph */
+  QRN_IINF_MIP_INT_VARS = 46,              /* integer variables after presolve */
+  QRN_IINF_MIP_BIN_VARS = 47,              /* binary variables after presolve */
+  QRN_IINF_MIP_SYMMETRY_GENERATORS = 48,   /* generators of the symmetry group found */
+  QRN_IINF_PRESOLVE_PASSES = 49,           /* presolve passes */
+  QRN_IINF_PRESOLVE_REMOVED_CONS = 50,     /* constraints removed by presolve */
+  QRN_IINF_PRESOLVE_REMOVED_VARS = 51,     /* variables removed by presolve */
+  QRN_IINF_PRESOLVE_REMOVED_CONES = 52,    /* cones removed by presolve */
+  QRN_IINF_PRESOLVE_FIXED_VARS = 53,       /* variables fixed by presolve */
+  QRN_IINF_PRESOLVE_TIGHTENED_BOUNDS = 54, /* bounds tightened by presolve */
+  QRN_IINF_PRESOLVE_SUBSTITUTIONS = 55,    /* variables substituted out by presolve */
+  QRN_IINF_PRESOLVE_DUPLICATE_ROWS = 56,   /* duplicate constraints removed */
+  QRN_IINF_PRESOLVE_DUPLICATE_COLS = 57,   /* duplicate variables merged */
+  QRN_IINF_PRESOLVE_SINGLETON_ROWS = 58,   /* singleton constraints turned into bounds */
+  QRN_IINF_PRESOLVE_SINGLETON_COLS = 59,   /* singleton columns eliminated */
+  QRN_IINF_PRESOLVE_DOMINATED_COLS = 60,   /* dominated variables fixed */
+  QRN_IINF_PRESOLVE_COEF_TIGHTENED = 61,   /* coefficients tightened */
+  QRN_IINF_PRESOLVE_DUAL_REDUCTIONS = 62,  /* reductions made from dual arguments */
+  QRN_IINF_PRESOLVE_NUM_CON = 63,          /* constraints after presolve */
+  QRN_IINF_PRESOLVE_NUM_VAR = 64,          /* variables after presolve */
+  QRN_IINF_PRESOLVE_NUM_CONE = 65,         /* cones after presolve */
+  QRN_IINF_PROB_TYPE = 66,                 /* [-1] qrn_probtype_e value of the problem optimized last */
+  QRN_IINF_PROB_NUM_CON = 67,              /* constraints of the problem optimized last */
+  QRN_IINF_PROB_NUM_VAR = 68,              /* variables */
+  QRN_IINF_PROB_NUM_INT_VAR = 69,          /* integer variables */
+  QRN_IINF_PROB_NUM_BIN_VAR = 70,          /* integer variables with bounds 0 and 1 */
+  QRN_IINF_PROB_NUM_FREE_VAR = 71,         /* free variables */
+  QRN_IINF_PROB_NUM_FIXED_VAR = 72,        /* fixed variables */
+  QRN_IINF_PROB_NUM_RANGED_VAR = 73,       /* variables with two finite bounds */
+  QRN_IINF_PROB_NUM_EQ_CON = 74,           /* equality constraints */
+  QRN_IINF_PROB_NUM_RANGED_CON = 75,       /* ranged constraints */
+  QRN_IINF_PROB_NUM_FREE_CON = 76,         /* free constraints */
+  QRN_IINF_PROB_NUM_EMPTY_ROWS = 77,       /* constraints without matrix entries */
+  QRN_IINF_PROB_NUM_EMPTY_COLS = 78,       /* variables without matrix entries */
+  QRN_IINF_PROB_MAX_ROW_NNZ = 79,          /* most matrix entries in one constraint */
+  QRN_IINF_PROB_MAX_COL_NNZ = 80,          /* most matrix entries in one variable */
+  QRN_IINF_PROB_NUM_QCON = 81,             /* constraints with quadratic terms */
+  QRN_IINF_PROB_NUM_QOBJ_VAR = 82,         /* variables in quadratic objective terms */
+  QRN_IINF_PROB_NUM_CONE = 83,             /* cones */
+  QRN_IINF_PROB_NUM_QUAD_CONE = 84,        /* quadratic cones */
+  QRN_IINF_PROB_NUM_RQUAD_CONE = 85,       /* rotated quadratic cones */
+  QRN_IINF_PROB_NUM_CONE_MEMBERS = 86,     /* variables that are cone members */
+  QRN_IINF_PROB_MAX_CONE_SIZE = 87,        /* members of the largest cone */
+  QRN_IINF_INTERIOR_SOL_STATUS = 88,       /* [-1] status (interior solution) */
+  QRN_IINF_BASIC_SOL_STATUS = 89,          /* [-1] status (basic solution) */
+  QRN_IINF_INTEGER_SOL_STATUS = 90,        /* [-1] status (integer solution) */
+  QRN_IINF_ALGORITHM_USED = 91,            /* [-1] qrn_algorithm_e value of the algorithm used */
+  QRN_IINF_THREADS_USED = 92,              /* threads used by the last optimization */
+  QRN_IINF_TERMINATION_CODE = 93,          /* [-1] termination code of the last optimization */
+  QRN_IINF_OPT_RESPONSE = 94,              /* response code of the last optimization */
+  QRN_IINF_OPT_CALLS = 95,                 /* optimizations run on the task */
+  QRN_IINF_CALLBACKS = 96,                 /* callback calls in the last optimization */
+  QRN_IINF_STOPPED_BY_CALLBACK = 97,       /* 1 when the callback asked to stop */
+  QRN_IINF_LOG_LINES = 98,                 /* lines written to the log stream by the last optimization */
+  QRN_IINF_WARNINGS = 99,                  /* warnings issued by the last optimization */
+  QRN_IINF_DATA_NUM_LARGE_COEF = 100,      /* coefficients above QRN_DPAR_DATA_LARGE_COEF */
+  QRN_IINF_DATA_NUM_SMALL_COEF = 101,      /* non-zero coefficients below QRN_DPAR_DATA_SMALL_COEF */
+  QRN_IINF_CONVEXITY_CHECKED = 102,        /* 1 when the quadratic terms were checked for convexity */
+  QRN_IINF_NONCONVEX_CON = 103,            /* [-1] first non-convex constraint (-2: the objective) */
+  QRN_IINF_READ_NUM_LINES = 104,           /* lines of the last problem read */
+  QRN_IINF_READ_NUM_WARNINGS = 105,        /* warnings of the last problem read */
+  QRN_IINF_READ_NUM_CON = 106,             /* constraints of the last problem read */
+  QRN_IINF_READ_NUM_VAR = 107,             /* variables of the last problem read */
+  QRN_IINF_READ_FORMAT = 108,              /* [-1] qrn_dataformat_e value of the last problem read */
+  QRN_IINF_SENSITIVITY_ITEMS = 109,        /* items analysed by the last sensitivity analysis */
+  QRN_IINF_REPAIR_RELAXED_CONS = 110,      /* constraints relaxed by the last feasibility repair */
+  QRN_IINF_REPAIR_RELAXED_VARS = 111,      /* variable bounds relaxed by the last feasibility repair */
+  QRN_IINF_REMOTE_ATTEMPTS = 112,          /* connection attempts to a remote server */
+  QRN_IINF_REMOTE_SOLVES = 113,            /* optimizations run remotely */
+  QRN_IINF_BASIS_NUM_SLACKS = 114,         /* slack variables in the final basis */
+  QRN_IINF_BASIS_NUM_STRUCT = 115,         /* structural variables in the final basis */
+  QRN_IINF_BASIS_SOLVES = 116,             /* solves with the basis since the last optimization */
+};
+enum qrn_liinfitem_e {
+  QRN_LIINF_IPM_FACTOR_NNZ = 0,         /* non-zeros of the interior-point factor */
+  QRN_LIINF_IPM_FACTOR_FLOPS = 1,       /* floating-point operations of one interior-point factor */
+  QRN_LIINF_SPX_FACTOR_NNZ = 2,         /* non-zeros of the last basis factor */
+  QRN_LIINF_MIP_NODES = 3,              /* nodes processed */
+  QRN_LIINF_MIP_PRUNED_NODES = 4,       /* nodes pruned by their bound */
+  QRN_LIINF_MIP_INFEASIBLE_NODES = 5,   /* nodes found infeasible */
+  QRN_LIINF_MIP_LP_SOLVES = 6,          /* relaxations solved */
+  QRN_LIINF_MIP_SIMPLEX_ITER = 7,       /* simplex iterations in the mixed-integer search */
+  QRN_LIINF_MIP_IPM_ITER = 8,           /* interior-point iterations in the mixed-integer search */
+  QRN_LIINF_MIP_STRONG_BRANCH_ITER = 9, /* iterations spent in strong branching */
+  QRN_LIINF_PROB_NUM_ANZ = 10,          /* matrix non-zeros of the problem optimized last */
+  QRN_LIINF_PROB_NUM_QOBJ_NZ = 11,      /* quadratic objective terms (lower triangle) */
+  QRN_LIINF_PROB_NUM_QCON_NZ = 12,      /* quadratic constraint terms (lower triangles) */
+  QRN_LIINF_PRESOLVE_ANZ = 13,          /* matrix non-zeros after presolve */
+  QRN_LIINF_MEM_PEAK_BYTES = 14,        /* peak bytes used by the last optimization */
+  QRN_LIINF_MEM_CURRENT_BYTES = 15,     /* bytes held by the task after the last optimization */
+  QRN_LIINF_READ_BYTES = 16,            /* bytes of the last problem read */
+  QRN_LIINF_WRITE_BYTES = 17,           /* bytes of the last problem write */
+  QRN_LIINF_REMOTE_BYTES_SENT = 18,     /* bytes sent to a remote server */
+  QRN_LIINF_OPT_START_USEC = 19,        /* [-1] start of the last run, Unix time in microseconds */
+  QRN_LIINF_OPT_END_USEC = 20,          /* [-1] end of the last run, Unix time in microseconds */
+};
 /* QRN_INFORMATION_END */
 
 /* ======================================================================= */
