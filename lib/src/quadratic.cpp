@@ -25,14 +25,21 @@ void drop_zeros(QTerms &q) {
   for (auto it = q.begin(); it != q.end();) it = it->second == 0.0 ? q.erase(it) : std::next(it);
 }
 
+// The parameter names of the triplet arrays, for messages.
+struct Names {
+  const char *subi, *subj, *val;
+};
+const Names objective{"qosubi", "qosubj", "qoval"};
+const Names constraint{"qcsubi", "qcsubj", "qcval"};
+
 // Checks num triplets and adds triplet k to the terms that target(k) names.
 template <class Target>
-void sum_terms(const Task &t, qrn_int32 num, const qrn_int32 *subi, const qrn_int32 *subj, const double *val,
-               Target target) {
+void sum_terms(const Task &t, const Names &names, qrn_int32 num, const qrn_int32 *subi, const qrn_int32 *subj,
+               const double *val, Target target) {
   need_count(num, "The number of quadratic terms");
-  need_array(subi, num, "subi");
-  need_array(subj, num, "subj");
-  need_array(val, num, "val");
+  need_array(subi, num, names.subi);
+  need_array(subj, num, names.subj);
+  need_array(val, num, names.val);
   for (qrn_int32 k = 0; k < num; ++k) {
     QTerms &q = target(k);
     check_term(t, subi[k], subj[k], val[k]);
@@ -41,9 +48,10 @@ void sum_terms(const Task &t, qrn_int32 num, const qrn_int32 *subi, const qrn_in
 }
 
 // The terms of one matrix made from num triplets.
-QTerms collect(const Task &t, qrn_int32 num, const qrn_int32 *subi, const qrn_int32 *subj, const double *val) {
+QTerms collect(const Task &t, const Names &names, qrn_int32 num, const qrn_int32 *subi, const qrn_int32 *subj,
+               const double *val) {
   QTerms q;
-  sum_terms(t, num, subi, subj, val, [&](qrn_int32) -> QTerms & { return q; });
+  sum_terms(t, names, num, subi, subj, val, [&](qrn_int32) -> QTerms & { return q; });
   drop_zeros(q);
   return q;
 }
@@ -126,14 +134,14 @@ QRN_API qrn_rescode QRN_CALL QRN_putqobjij(qrn_task_t task, qrn_int32 i, qrn_int
 
 QRN_API qrn_rescode QRN_CALL QRN_putqobj(qrn_task_t task, qrn_int32 numqonz, const qrn_int32 *qosubi,
                                          const qrn_int32 *qosubj, const qrn_real *qoval) {
-  return api(task, "QRN_putqobj", [&](Task &t) { t.qobj = collect(t, numqonz, qosubi, qosubj, qoval); });
+  return api(task, "QRN_putqobj", [&](Task &t) { t.qobj = collect(t, objective, numqonz, qosubi, qosubj, qoval); });
 }
 
 QRN_API qrn_rescode QRN_CALL QRN_putqconk(qrn_task_t task, qrn_int32 k, qrn_int32 numqcnz, const qrn_int32 *qcsubi,
                                           const qrn_int32 *qcsubj, const qrn_real *qcval) {
   return api(task, "QRN_putqconk", [&](Task &t) {
     check_con(t, k);
-    t.qcon[k] = collect(t, numqcnz, qcsubi, qcsubj, qcval);
+    t.qcon[k] = collect(t, constraint, numqcnz, qcsubi, qcsubj, qcval);
   });
 }
 
@@ -142,7 +150,7 @@ QRN_API qrn_rescode QRN_CALL QRN_putqcon(qrn_task_t task, qrn_int32 numqcnz, con
   return api(task, "QRN_putqcon", [&](Task &t) {
     need_array(qcsubk, numqcnz, "qcsubk");
     std::map<qrn_int32, QTerms> fresh;  // the new terms of each constraint named
-    sum_terms(t, numqcnz, qcsubi, qcsubj, qcval, [&](qrn_int32 k) -> QTerms & {
+    sum_terms(t, constraint, numqcnz, qcsubi, qcsubj, qcval, [&](qrn_int32 k) -> QTerms & {
       check_con(t, qcsubk[k], "Quadratic term constraint");
       return fresh[qcsubk[k]];
     });
