@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace check {
@@ -21,11 +23,31 @@ struct Register {
   Register(const char *name, void (*fn)()) { registry().push_back({name, fn}); }
 };
 
+// Prints a value; vectors, pairs and tuples element by element.
+template <class T> void show(std::ostream &os, const T &v) { os << v; }
+template <class A, class B> void show(std::ostream &os, const std::pair<A, B> &p);
+template <class... T> void show(std::ostream &os, const std::tuple<T...> &t);
+template <class T> void show(std::ostream &os, const std::vector<T> &v) {
+  os << "[";
+  for (size_t k = 0; k < v.size(); ++k) show(os << (k ? ", " : ""), v[k]);
+  os << "]";
+}
+template <class A, class B> void show(std::ostream &os, const std::pair<A, B> &p) { show(os, std::tie(p.first, p.second)); }
+template <class... T> void show(std::ostream &os, const std::tuple<T...> &t) {
+  os << "(";
+  std::apply([&os](const auto &...x) { size_t k = 0; ((os << (k++ ? ", " : ""), show(os, x)), ...); }, t);
+  os << ")";
+}
+
 template <class A, class B>
 void equal(const A &a, const B &b, const char *sa, const char *sb, const char *file, int line) {
   if (a == b) return;
   std::ostringstream os;
-  os << sa << " == " << sb << " (" << a << " vs " << b << ")";
+  os << sa << " == " << sb << " (";
+  show(os, a);
+  os << " vs ";
+  show(os, b);
+  os << ")";
   failed(file, line, os.str());
 }
 
