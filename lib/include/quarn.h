@@ -969,15 +969,26 @@ QRN_API qrn_rescode QRN_CALL QRN_getcone(qrn_task_t task, qrn_int32 k, qrn_int32
 /* Information items and task-wide scalars                                 */
 /* ======================================================================= */
 
+/* Items of the last optimization (identifiers and initial values with
+   QRN_INFORMATION_BEGIN above); a bad identifier is refused with
+   QRN_RES_ERR_INF_INDEX. */
 QRN_API qrn_rescode QRN_CALL QRN_getdouinf(qrn_task_t task, qrn_int32 whichdinf, qrn_real *dvalue);
 QRN_API qrn_rescode QRN_CALL QRN_getintinf(qrn_task_t task, qrn_int32 whichiinf, qrn_int32 *ivalue);
 QRN_API qrn_rescode QRN_CALL QRN_getlintinf(qrn_task_t task, qrn_int32 whichliinf, qrn_int64 *ivalue);
+/* The problem type of the task's data (qrn_probtype_e): conic when it has
+   cones, quadratic when it has quadratic objective or constraint terms, mixed
+   when it has both. */
 QRN_API qrn_rescode QRN_CALL QRN_getprobtype(qrn_task_t task, qrn_int32 *probtype);
 
 /* ======================================================================= */
 /* Names                                                                   */
 /* ======================================================================= */
-/* Names are UTF-8, unique per kind of item; an empty name removes it. */
+/* Names are UTF-8 texts (else QRN_RES_ERR_NAME_UTF8); "" means unnamed, as
+   every item is until it gets a name. Within one kind of item (constraints,
+   variables, cones) a name belongs to one item at most: giving it to a second
+   one is refused with QRN_RES_ERR_NAME_DUPLICATE, so rename or unname the
+   first before. Lookup by name takes constant time and follows renames and
+   removals. */
 QRN_API qrn_rescode QRN_CALL QRN_putconname(qrn_task_t task, qrn_int32 i, const char *name);
 QRN_API qrn_rescode QRN_CALL QRN_putvarname(qrn_task_t task, qrn_int32 j, const char *name);
 QRN_API qrn_rescode QRN_CALL QRN_putconename(qrn_task_t task, qrn_int32 k, const char *name);
@@ -989,27 +1000,39 @@ QRN_API qrn_rescode QRN_CALL QRN_getvarnamelen(qrn_task_t task, qrn_int32 j, qrn
 QRN_API qrn_rescode QRN_CALL QRN_getconenamelen(qrn_task_t task, qrn_int32 k, qrn_int32 *len);
 QRN_API qrn_rescode QRN_CALL QRN_getobjnamelen(qrn_task_t task, qrn_int32 *len);
 QRN_API qrn_rescode QRN_CALL QRN_gettasknamelen(qrn_task_t task, qrn_int32 *len);
-/* Write the name and a NUL into a buffer of sizename bytes (QRN_RES_ERR_TOO_SMALL
-   when it does not fit). */
+/* Write the name and a NUL into a buffer of sizename bytes; when that does not
+   fit they write nothing and fail with QRN_RES_ERR_TOO_SMALL. A null buffer
+   receives nothing. */
 QRN_API qrn_rescode QRN_CALL QRN_getconname(qrn_task_t task, qrn_int32 i, qrn_int32 sizename, char *name);
 QRN_API qrn_rescode QRN_CALL QRN_getvarname(qrn_task_t task, qrn_int32 j, qrn_int32 sizename, char *name);
 QRN_API qrn_rescode QRN_CALL QRN_getconename(qrn_task_t task, qrn_int32 k, qrn_int32 sizename, char *name);
 QRN_API qrn_rescode QRN_CALL QRN_getobjname(qrn_task_t task, qrn_int32 sizeobjname, char *objname);
 QRN_API qrn_rescode QRN_CALL QRN_gettaskname(qrn_task_t task, qrn_int32 sizetaskname, char *taskname);
 /* Lookup by name in constant time: *asgn is 1 when an item has the name and 0
-   otherwise; *index is that item's index, or -1. A missing name is not an error. */
+   otherwise; *index is that item's index, or -1. A missing name ("" included)
+   is not an error. */
 QRN_API qrn_rescode QRN_CALL QRN_getconnameindex(qrn_task_t task, const char *name, qrn_int32 *asgn,
                                                  qrn_int32 *index);
 QRN_API qrn_rescode QRN_CALL QRN_getvarnameindex(qrn_task_t task, const char *name, qrn_int32 *asgn,
                                                  qrn_int32 *index);
 QRN_API qrn_rescode QRN_CALL QRN_getconenameindex(qrn_task_t task, const char *name, qrn_int32 *asgn,
                                                   qrn_int32 *index);
-/* Name generation: item subj[k] gets the name made from fmt with the index
-   tuple of k in the shape dims (or of sp[k], a linear position in dims, when sp
-   is given). In fmt each "{}" takes the next index, counted in row-major order
-   over dims; "{{" and "}}" stand for braces. For a dimension listed in
-   namedaxisidxs (in order), the index is replaced by the next block of
-   dims[d] texts of names. */
+/* Name generation. Item subj[k] (k < num) gets a name made from fmt and the
+   index tuple (i0, i1, ...) of a position in the shape dims[0..ndims), the
+   positions counted in row-major order (the last index runs fastest): position
+   sp[k], or k when sp is null, in which case num must equal the number of
+   positions (the product of dims). fmt holds exactly ndims "{}", which take i0,
+   i1, ... in turn; "{{" and "}}" stand for single braces; any other brace is
+   refused. An index is written in decimal, except on a named axis:
+   namedaxisidxs lists the named dimensions, and names holds for each of them,
+   in that order, dims[d] texts, text i standing for index i (so numnames is the
+   sum of their dims).
+   Example: fmt "x[{},{}]", dims {2, 3}, namedaxisidxs {0}, names {"a", "b"}
+   name positions 0, 1, ... "x[a,0]", "x[a,1]", "x[a,2]", "x[b,0]", ...
+   Refused, changing nothing: a bad format or count (QRN_RES_ERR_NAME_FORMAT),
+   a position outside the shape (QRN_RES_ERR_NAME_POSITION), an item listed
+   twice (QRN_RES_ERR_DUP_INDEX), a name that an item not being renamed holds
+   (QRN_RES_ERR_NAME_DUPLICATE). */
 QRN_API qrn_rescode QRN_CALL QRN_generatevarnames(qrn_task_t task, qrn_int32 num, const qrn_int32 *subj,
                                                   const char *fmt, qrn_int32 ndims, const qrn_int32 *dims,
                                                   const qrn_int64 *sp, qrn_int32 numnamedaxis,
@@ -1025,34 +1048,49 @@ QRN_API qrn_rescode QRN_CALL QRN_generateconenames(qrn_task_t task, qrn_int32 nu
                                                    const qrn_int64 *sp, qrn_int32 numnamedaxis,
                                                    const qrn_int32 *namedaxisidxs, qrn_int64 numnames,
                                                    const char *const *names);
-/* Reports to whichstream the names that are not of kind nametype (qrn_nametype_e). */
+/* Writes to stream whichstream (0..3) a short report of the names that are not
+   of kind nametype (qrn_nametype_e): names longer than QRN_IPAR_NAME_LENGTH_WARN
+   bytes and, for QRN_NAME_TYPE_TEXT, names with a blank or a control
+   character. At most five names of each kind of item are listed. */
 QRN_API qrn_rescode QRN_CALL QRN_analyzenames(qrn_task_t task, qrn_int32 whichstream, qrn_int32 nametype);
 
 /* ======================================================================= */
 /* Parameters                                                              */
 /* ======================================================================= */
 
+/* Identifiers, defaults and allowed values are listed with QRN_PARAMETERS_BEGIN
+   above. A bad identifier is refused with QRN_RES_ERR_PARAM_INDEX, a value
+   that is not allowed with QRN_RES_ERR_PARAM_VALUE (the parameter keeps its
+   value). */
 QRN_API qrn_rescode QRN_CALL QRN_putdouparam(qrn_task_t task, qrn_int32 param, qrn_real parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_putintparam(qrn_task_t task, qrn_int32 param, qrn_int32 parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_putstrparam(qrn_task_t task, qrn_int32 param, const char *parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_getdouparam(qrn_task_t task, qrn_int32 param, qrn_real *parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_getintparam(qrn_task_t task, qrn_int32 param, qrn_int32 *parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_getstrparamlen(qrn_task_t task, qrn_int32 param, qrn_int32 *len);
-/* Writes at most maxlen - 1 bytes and a NUL; *len receives the bytes written. */
+/* Writes at most maxlen - 1 bytes and a NUL, never part of a UTF-8 character;
+   *len receives the bytes written without the NUL (0 for a null parvalue). */
 QRN_API qrn_rescode QRN_CALL QRN_getstrparam(qrn_task_t task, qrn_int32 param, qrn_int32 maxlen,
                                              qrn_int32 *len, char *parvalue);
 /* Number of parameters of kind partype (qrn_parametertype_e). */
 QRN_API qrn_rescode QRN_CALL QRN_getnumparam(qrn_task_t task, qrn_int32 partype, qrn_int32 *numparam);
+/* By name: an unknown name is refused with QRN_RES_ERR_PARAM_NAME, the name of
+   a parameter of another kind with QRN_RES_ERR_PARAM_TYPE. */
 QRN_API qrn_rescode QRN_CALL QRN_putnadouparam(qrn_task_t task, const char *paramname, qrn_real parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_putnaintparam(qrn_task_t task, const char *paramname, qrn_int32 parvalue);
 QRN_API qrn_rescode QRN_CALL QRN_putnastrparam(qrn_task_t task, const char *paramname, const char *parvalue);
-/* Sets a parameter of any kind from its text value. */
+/* Sets a parameter of any kind from its value as text (see QRN_PARAMETERS_BEGIN):
+   blanks around a number or constant name are ignored; a string value is taken
+   as it is. */
 QRN_API qrn_rescode QRN_CALL QRN_putparam(qrn_task_t task, const char *parname, const char *parvalue);
-/* Identifier of the parameter of that name (QRN_RES_ERR_PARAM_NAME if none). */
+/* Identifier of the parameter of that name: QRN_RES_ERR_PARAM_NAME if there is
+   none, QRN_RES_ERR_PARAM_TYPE if it is of another kind. */
 QRN_API qrn_rescode QRN_CALL QRN_isdouparname(qrn_task_t task, const char *parname, qrn_int32 *param);
 QRN_API qrn_rescode QRN_CALL QRN_isintparname(qrn_task_t task, const char *parname, qrn_int32 *param);
 QRN_API qrn_rescode QRN_CALL QRN_isstrparname(qrn_task_t task, const char *parname, qrn_int32 *param);
-/* Constants from their names, e.g. "QRN_CONE_QUAD" or "QUAD", "QRN_SK_BASIS" or "BASIS". */
+/* Constants from their names, in full or without the prefix: "QRN_CONE_QUAD"
+   or "QUAD", "QRN_SK_BASIS" or "BASIS"; letter case matters. Any other text is
+   refused with QRN_RES_ERR_UNKNOWN_KEY. */
 QRN_API qrn_rescode QRN_CALL QRN_strtoconetype(qrn_task_t task, const char *str, qrn_int32 *conetype);
 QRN_API qrn_rescode QRN_CALL QRN_strtosk(qrn_task_t task, const char *str, qrn_int32 *sk);
 /* Sets every parameter to its default. */
