@@ -7,8 +7,6 @@ import pytest
 from conftest import doubles, dv, ints, iv, qv
 
 FREE, LOWER, UPPER, FIXED, RANGED = range(5)
-CONTINUOUS, INTEGER = 0, 1
-ERR_INDEX_CON, ERR_SLICE, ERR_BOUND_KEY, ERR_OBJ_SENSE = 1100, 1103, 1200, 1202
 INF = float("inf")
 
 
@@ -23,50 +21,28 @@ def lp(task):
     return task
 
 
-def test_single_and_constant_bounds(lp):
+def test_bounds_round_trip(lp):
     t = lp
     assert t.putconbound_iidd_5(0, RANGED, -1.0, 2.0) == (0, None)
     assert t.getconbound_i_2(0) == (0, (RANGED, -1.0, 2.0))
-    assert t.chgconbound_iiid_5(0, 0, 0, 0.0) == (0, None)  # upper side to infinity
-    assert t.getconbound_i_2(0) == (0, (LOWER, -1.0, INF))
-    assert t.chgvarbound_iiid_5(3, 0, 1, 4.0) == (0, None)
-    assert t.getvarbound_i_2(3) == (0, (UPPER, -INF, 4.0))
-    assert t.putconbound_iidd_5(5, FREE, 0.0, 0.0) == (ERR_INDEX_CON, None)
-    assert t.putvarbound_iidd_5(0, 9, 0.0, 0.0) == (ERR_BOUND_KEY, None)
-    assert t.putconboundlistconst_Oidd_5(iv(1, 3), FIXED, 2.0, 2.0) == (0, None)
-    assert t.getconbound_i_2(3) == (0, (FIXED, 2.0, 2.0))
-    assert t.putconboundlistconst_Oidd_5(None, FIXED, 2.0, 2.0) == (0, None)  # count 0
-    assert t.putvarboundsliceconst_iiidd_6(0, 2, LOWER, 0.0, 0.0) == (0, None)
-    assert t.getvarbound_i_2(1) == (0, (LOWER, 0.0, INF))
-    assert t.putvarboundsliceconst_iiidd_6(1, 0, FREE, 0.0, 0.0) == (ERR_SLICE, None)
-
-
-def test_bound_arrays_round_trip(lp):
-    t = lp
+    code, payload = t.getvarbound_i_2(4)
+    assert code != 0 and payload is None
     assert t.putconboundlist_OOOO_5(iv(4, 2), iv(LOWER, FIXED), dv(1.0, 3.0), dv(0.0, 3.0)) == (0, None)
-    assert t.putconboundslice_iiOOO_6(0, 2, iv(UPPER, RANGED), dv(0.0, -5.0), dv(7.0, 5.0)) == (0, None)
-    bk, bl, bu = array("i", [9] * 5), array("d", [0.0] * 5), array("d", [0.0] * 5)
-    assert t.getconboundslice_iiOOO_6(0, 5, memoryview(bk), memoryview(bl), memoryview(bu)) == (0, None)
-    assert list(bk) == [UPPER, RANGED, FIXED, FREE, LOWER]
-    assert list(bl) == [-INF, -5.0, 3.0, -INF, 1.0]
-    assert list(bu) == [7.0, 5.0, 3.0, INF, INF]
-    # null bound arrays: the slice writer keeps those sides; the getter skips them
-    assert t.putconboundslice_iiOOO_6(1, 2, iv(RANGED), None, dv(6.0)) == (0, None)
-    bk, bu = array("i", [9]), array("d", [0.0])
-    assert t.getconboundslice_iiOOO_6(1, 2, memoryview(bk), None, memoryview(bu)) == (0, None)
-    assert (list(bk), list(bu)) == ([RANGED], [6.0])
+    assert t.putconboundslice_iiOOO_6(1, 2, iv(UPPER), None, dv(6.0)) == (0, None)
+    bk, bu = array("i", [9] * 5), array("d", [0.0] * 5)
+    assert t.getconboundslice_iiOOO_6(0, 5, memoryview(bk), None, memoryview(bu)) == (0, None)
+    assert list(bk) == [RANGED, UPPER, FIXED, FREE, LOWER] and list(bu) == [2.0, 6.0, 3.0, INF, INF]
     bk, bl, bu = bytearray(b"xyz"), bytearray(), bytearray(64)
     assert t.getconboundslice_iiOOO_3(1, 3, bk, bl, bu) == (0, None)
-    assert (len(bk), len(bl), len(bu)) == (8, 16, 16)
-    assert ints(bk) == [RANGED, FIXED] and doubles(bl) == [-5.0, 3.0] and doubles(bu) == [6.0, 3.0]
-    assert t.putvarboundlist_OOOO_5(iv(0), iv(FIXED), dv(1.0), dv(1.0)) == (0, None)
-    assert t.putvarboundslice_iiOOO_6(1, 3, iv(LOWER, LOWER), dv(2.0, 3.0), None) == (0, None)
-    assert t.getvarboundslice_iiOOO_3(0, 3, bk, bl, bu) == (0, None)
-    assert ints(bk) == [FIXED, LOWER, LOWER] and doubles(bl) == [1.0, 2.0, 3.0]
-    assert t.getvarboundslice_iiOOO_3(0, 9, bk, bl, bu) == (ERR_SLICE, None)
+    assert ints(bk) == [UPPER, FIXED] and doubles(bl) == [-INF, 3.0] and len(bu) == 16
+    assert t.putvarboundlistconst_Oidd_5(iv(0, 3), FIXED, 1.0, 1.0) == (0, None)
+    assert t.putvarboundsliceconst_iiidd_6(1, 3, LOWER, 2.0, 0.0) == (0, None)
+    assert t.chgvarbound_iiid_5(2, 0, 1, 5.0) == (0, None)
+    assert t.getvarboundslice_iiOOO_3(0, 4, bk, bl, bu) == (0, None)
+    assert ints(bk) == [FIXED, LOWER, RANGED, FIXED] and doubles(bu) == [1.0, INF, 5.0, 1.0]
 
 
-def test_enum_array_messages(lp):
+def test_bound_array_messages(lp):
     t = lp
     with raises("Expected a memoryview object for argument bkc"):
         t.putconboundslice_iiOOO_6(2, 5, None, dv(0, 0, 0), dv(0, 0, 0))
@@ -80,16 +56,8 @@ def test_enum_array_messages(lp):
         t.putconboundslice_iiOOO_6(2, 5, iv(0, 0, 0), dv(0, 0), None)
     with raises("Array is too short in argument bux"):
         t.putvarboundslice_iiOOO_6(0, 1, iv(0), None, dv(0, 0))
-    with raises("Argument bkx is too short"):
-        t.putvarboundslice_iiOOO_6(0, 1, iv(), None, None)
-    with raises("Mismatching lengths of arguments sub,bkc,blc,buc"):
-        t.putconboundlist_OOOO_5(iv(0, 1), iv(LOWER, LOWER), dv(1.0), None)
     with raises("Mismatching lengths of arguments sub,bkx,blx,bux"):
         t.putvarboundlist_OOOO_5(None, iv(LOWER), dv(1.0), dv(1.0, 2.0))
-    assert t.getconbound_i_2(0) == (0, (FREE, -INF, INF))  # nothing reached the library
-    # the outputs of the slice getters
-    with raises("Expected a memoryview object for argument bk"):
-        t.getconboundslice_iiOOO_6(0, 1, None, dv(0), dv(0))
     with raises("Argument bk is too short"):
         t.getvarboundslice_iiOOO_6(0, 1, iv(0, 0), None, None)
     with raises("Array is too short in argument bu"):
@@ -98,54 +66,45 @@ def test_enum_array_messages(lp):
         t.getconboundslice_iiOOO_3(0, 1, memoryview(bytearray(4)), bytearray(), bytearray())
     with raises("Bytearray object for argument bl"):
         t.getconboundslice_iiOOO_3(0, 1, bytearray(), None, bytearray())
+    assert t.getvarbound_i_2(0) == (0, (FREE, -INF, INF))  # nothing reached the library
 
 
 def test_objective_round_trip(lp):
     t = lp
     assert t.putcslice_iiO_4(0, 4, dv(1.0, 2.0, 3.0, 4.0)) == (0, None)
     assert t.putclist_OO_3(iv(3, 0), dv(-4.0, -1.0)) == (0, None)
-    assert t.putcj_id_3(1, 0.5) == (0, None)
-    assert t.getcj_i_2(1) == (0, 0.5)
+    assert t.putcj_id_3(1, 0.5) == (0, None) and t.getcj_i_2(1) == (0, 0.5)
     c = array("d", [0.0] * 4)
     assert t.getc_O_2(memoryview(c)) == (0, None) and list(c) == [-1.0, 0.5, 3.0, -4.0]
     out = bytearray(1)
     assert t.getc_O_1(out) == (0, None) and doubles(out) == [-1.0, 0.5, 3.0, -4.0]
     assert t.getclist_OO_2(iv(2, 2, 0), out) == (0, None) and doubles(out) == [3.0, 3.0, -1.0]
-    c = array("d", [0.0] * 2)
-    assert t.getclist_OO_3(iv(1, 3), memoryview(c)) == (0, None) and list(c) == [0.5, -4.0]
-    assert t.getcslice_iiO_4(2, 4, memoryview(c)) == (0, None) and list(c) == [3.0, -4.0]
+    assert t.getclist_OO_3(iv(1, 3), memoryview(c)[:2]) == (0, None) and list(c[:2]) == [0.5, -4.0]
     assert t.getcslice_iiO_3(1, 2, out) == (0, None) and doubles(out) == [0.5]
-    assert t.getclist_OO_2(None, out) == (0, None) and len(out) == 0
     assert t.putcfix_d_2(2.5) == (0, None) and t.getcfix__1() == (0, 2.5)
     assert t.putobjsense_i_2(1) == (0, None) and t.getobjsense__1() == (0, 1)
-    assert t.putobjsense_i_2(7) == (ERR_OBJ_SENSE, None)
+    assert t.putobjsense_i_2(7)[0] != 0
     with raises("Array is too short in argument c"):
         t.getc_O_2(dv(0.0, 0.0, 0.0))
     with raises("Array is too short in argument slice"):
         t.putcslice_iiO_4(0, 2, dv(1.0))
     with raises("Mismatching lengths of arguments subj,val"):
         t.putclist_OO_3(iv(0), dv(1.0, 2.0))
-    with raises("Bytearray object for argument c"):
-        t.getcslice_iiO_3(0, 1, None)
 
 
 def test_variable_types(lp):
     t = lp
-    assert t.putvartypelist_OO_3(iv(0, 2, 3), iv(INTEGER, INTEGER, INTEGER)) == (0, None)
-    assert t.putvartype_ii_3(2, CONTINUOUS) == (0, None)
-    assert t.getnumintvar__1() == (0, 2)
-    assert t.getvartype_i_2(3) == (0, INTEGER)
+    assert t.putvartypelist_OO_3(iv(0, 2, 3), iv(1, 1, 1)) == (0, None)
+    assert t.putvartype_ii_3(2, 0) == (0, None)
+    assert t.getnumintvar__1() == (0, 2) and t.getvartype_i_2(3) == (0, 1)
     vt = array("i", [9, 9])
-    assert t.getvartypelist_OO_3(iv(3, 2), memoryview(vt)) == (0, None) and list(vt) == [INTEGER, CONTINUOUS]
+    assert t.getvartypelist_OO_3(iv(3, 2), memoryview(vt)) == (0, None) and list(vt) == [1, 0]
     out = bytearray(b"abc")
-    assert t.getvartypelist_OO_2(iv(0, 1), out) == (0, None) and ints(out) == [INTEGER, CONTINUOUS]
+    assert t.getvartypelist_OO_2(iv(0, 1), out) == (0, None) and ints(out) == [1, 0]
     assert t.getvartypelist_OO_2(None, out) == (0, None) and len(out) == 0
     with raises("Mismatching lengths of arguments subj,vartype"):
-        t.putvartypelist_OO_3(iv(0, 1, 2), iv(INTEGER, INTEGER))
-    assert t.getnumintvar__1() == (0, 2)
+        t.putvartypelist_OO_3(iv(0, 1, 2), iv(1, 1))
     with raises("Expected a memoryview object for argument vartype"):
         t.getvartypelist_OO_3(iv(0), None)
     with raises("Argument vartype is too short"):
         t.getvartypelist_OO_3(iv(0), iv(0, 0))
-    with raises("Bytearray object for argument vartype"):
-        t.getvartypelist_OO_2(iv(0), None)
