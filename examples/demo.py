@@ -48,8 +48,7 @@ def state_problem(task):
 
 
 def read_back(task):
-    numcon = ok(task, "getnumcon", task.getnumcon__1())
-    numvar = ok(task, "getnumvar", task.getnumvar__1())
+    numcon, numvar = ok(task, "getnumcon", task.getnumcon__1()), ok(task, "getnumvar", task.getnumvar__1())
     print(f"{numcon} constraints, {numvar} variables")
     # In place: the caller sizes the arrays (count query first), the library fills them.
     for j in range(numvar):
@@ -67,17 +66,18 @@ def read_back(task):
     nz = ok(task, "getacol", task.getacol_iOO_2(1, sub, val))
     print(f"  column 1 again ({nz} entries, {len(sub) + len(val)} bytes): "
           f"rows {list(memoryview(sub).cast('i'))} values {list(memoryview(val).cast('d'))}")
+    # A refused call returns its response code (no exception); its message goes to stream 2.
+    print(f"  column 7 does not exist: response code {task.getacolnumnz_i_2(7)[0]}")
 
 
 def write_text(task):
-    stream = io.BytesIO()
+    stream = io.BytesIO()  # anything with a write method
     ok(task, "writedatastream", task.writedatastream(DATA_FORMAT_TEXT, COMPRESS_NONE, stream))
-    print("The problem in the library's text format:")
-    print(stream.getvalue().decode(), end="")
+    print("The problem in the library's text format:\n" + stream.getvalue().decode(), end="")
 
 
 def solve(task):
-    if not hasattr(task, "optimizetrm__1"):
+    if not hasattr(task, "optimizetrm__1"):  # the optimizer is still to come
         print("The optimizer is not available in this build yet: not solving.")
         return
     trm = ok(task, "optimizetrm", task.optimizetrm__1())
@@ -85,19 +85,10 @@ def solve(task):
     ok(task, "optimizersummary", task.optimizersummary_i_2(STREAM_MSG))
 
 
-def main():
+if __name__ == "__main__":
     env = _qrn.Env()
     task = _qrn.Task(env)
-    try:
-        show_streams(task)
-        state_problem(task)
-        read_back(task)
-        write_text(task)
-        solve(task)
-    finally:
-        task.dispose()
-        env.dispose()
-
-
-if __name__ == "__main__":
-    main()
+    for step in (show_streams, state_problem, read_back, write_text, solve):
+        step(task)
+    task.dispose()
+    env.dispose()

@@ -123,7 +123,7 @@ install_tools() {
 # changed (a new or edited method description regenerates its methods).
 install_project() {
   step "building and installing _qrn into .venv (build/wheel)"
-  logged "$QRN_PY" -m pip install --no-build-isolation --no-deps --force-reinstall \
+  logged "$QRN_PY" -m pip install -v --no-build-isolation --no-deps --force-reinstall \
     -C build-dir="$QRN_ROOT/build/wheel" "$QRN_ROOT"
   local found
   found="$(cd / && "$QRN_PY" -c 'import importlib.util as u; print(u.find_spec("_qrn").origin)' 2>/dev/null)" ||
