@@ -84,7 +84,6 @@ def test_lookup_after_renames_and_removals(vars6):
     assert t.removevars_O_2(iv(0, 2)) == (0, None)
     assert names(t) == ["b", "D", "e", "f"]
     assert [t.getvarnameindex_s_2(n)[1] for n in ("a", "b", "D", "f")] == [(0, -1), (1, 0), (1, 1), (1, 3)]
-    assert t.putvarname_is_3(3, "a") == (0, None)  # a removed item's name is free again
     t.appendcons_i_2(1)
     assert t.putconname_is_3(0, "b") == (0, None)  # kinds do not share names
     assert t.getconnameindex_s_2("b") == (0, (1, 0))
