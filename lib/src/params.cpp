@@ -5,6 +5,7 @@
 
 #include "names.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
