@@ -465,3 +465,16 @@ TEST(text_writer_chunks_and_failures) {
   CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, 99, QRN_COMPRESS_NONE), QRN_RES_ERR_DATA_FORMAT);
   CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, QRN_DATA_FORMAT_TEXT, 1), QRN_RES_ERR_COMPRESSION);
 }
+
+TEST(text_writer_quotes_names) {
+  Fixture f(1, 1);
+  qrn_task_t t = f.task;
+  CHECK_EQ(QRN_puttaskname(t, "a \"b\" \\c"), QRN_RES_OK);
+  CHECK_EQ(QRN_putobjname(t, "tab\there\nnext\x01"), QRN_RES_OK);
+  CHECK_EQ(QRN_putvarname(t, 0, "x\xc3\xa9"), QRN_RES_OK);  // UTF-8 is written as it is
+  Received r;
+  CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, QRN_DATA_FORMAT_TEXT, QRN_COMPRESS_NONE), QRN_RES_OK);
+  CHECK(r.text.find("task \"a \\\"b\\\" \\\\c\"\n") != std::string::npos);
+  CHECK(r.text.find("objective minimize \"tab\\there\\nnext\\x01\" 0\n") != std::string::npos);
+  CHECK(r.text.find("0 \"x\xc3\xa9\" continuous") != std::string::npos);
+}
