@@ -86,3 +86,54 @@ def test_progress_and_info_registration(task):
     task.remove_InfoCallback()
     task.remove_Progress()  # removing twice is fine
     assert seen == []
+
+
+BEGIN_WRITE, END_WRITE, STOPPED = 3, 4, 1012  # callback codes and response code of the library
+
+
+def test_progress_and_info_callbacks_around_a_write(small):
+    calls = []
+    small.set_Progress(lambda caller: calls.append(("progress", caller)))
+    small.set_InfoCallback(lambda caller, d, i, l: calls.append(("info", caller, len(d), len(i), len(l),
+                                                                 type(d[0]), type(i[0]), type(l[0]))))
+    assert small.writedatastream(TEXT, 0, io.BytesIO()) == 0
+    assert calls == [("progress", BEGIN_WRITE), ("info", BEGIN_WRITE, 111, 117, 21, float, int, int),
+                     ("progress", END_WRITE), ("info", END_WRITE, 111, 117, 21, float, int, int)]
+
+
+def test_callbacks_stop_the_work(small):
+    infos = []
+    small.set_InfoCallback(lambda *a: infos.append(a[0]))
+    small.set_Progress(lambda caller: True)  # asks to stop: the info callable is not called
+    out = io.BytesIO()
+    assert small.writedatastream(TEXT, 0, out) == STOPPED
+    assert out.getvalue() == b"" and infos == []
+    small.set_Progress(lambda caller: 0)
+    small.set_InfoCallback(lambda caller, *lists: caller == END_WRITE)
+    out = io.BytesIO()
+    assert small.writedatastream(TEXT, 0, out) == STOPPED
+    assert out.getvalue().startswith(b"qrntext")  # stopped after the text was written
+    assert small.getlasterror()[0] == STOPPED
+
+
+def test_callback_exceptions_come_out_of_the_method(small):
+    def progress(caller):
+        raise ZeroDivisionError("in progress")
+
+    infos = []
+    small.set_Progress(progress)
+    small.set_InfoCallback(lambda *a: infos.append(a))
+    with pytest.raises(ZeroDivisionError):
+        small.writedatastream(TEXT, 0, io.BytesIO())
+    assert infos == []
+
+    class Undecided:
+        def __bool__(self):
+            raise ValueError("no truth")
+
+    small.set_Progress(lambda caller: Undecided())
+    with pytest.raises(ValueError, match="no truth"):
+        small.writedatastream(TEXT, 0, io.BytesIO())
+    small.remove_Progress()
+    small.remove_InfoCallback()
+    assert small.writedatastream(TEXT, 0, io.BytesIO()) == 0

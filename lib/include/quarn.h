@@ -84,6 +84,7 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_WRITE, 1009, "Writing data failed or the receiver took fewer bytes than given.")   \
   X(QRN_RES_ERR_DATA_FORMAT, 1010, "The data format is not known or not supported here.")         \
   X(QRN_RES_ERR_COMPRESSION, 1011, "The compression type is not known or not supported here.")    \
+  X(QRN_RES_ERR_STOPPED, 1012, "The callback function asked the library to stop.")                  \
   X(QRN_RES_ERR_INDEX_CON, 1100, "A constraint index is out of range.")                           \
   X(QRN_RES_ERR_INDEX_VAR, 1101, "A variable index is out of range.")                             \
   X(QRN_RES_ERR_INDEX_CONE, 1102, "A cone index is out of range.")                                \
@@ -139,10 +140,16 @@ enum qrn_compress_e {
 };
 
 /* ---- callback caller codes --------------------------------------------- */
+/* The callback registered with QRN_putcallbackfunc is called with one of these
+   while the library works on something long: the optimizer, and writing a
+   problem (at the start and at the end of QRN_writedatahandle). A non-zero
+   result stops that work: writing then fails with QRN_RES_ERR_STOPPED. */
 enum qrn_callback_e {
   QRN_CALLBACK_BEGIN = 0,
   QRN_CALLBACK_ITERATION = 1,
-  QRN_CALLBACK_END = 2
+  QRN_CALLBACK_END = 2,
+  QRN_CALLBACK_BEGIN_WRITE = 3,
+  QRN_CALLBACK_END_WRITE = 4
 };
 
 /* ---- bound keys ----------------------------------------------------------

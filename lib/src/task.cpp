@@ -24,6 +24,12 @@ void Env::write(int which, const std::string &text) {
 
 void Task::write(int which, const std::string &text) const { streams.write(which, text); }
 
+bool Task::progress(qrn_int32 caller) {
+  if (callback == nullptr) return false;
+  return callback(static_cast<qrn_task_s *>(this), callback_handle, caller, info.dou.data(), info.integer.data(),
+                  info.lint.data()) != 0;
+}
+
 void report(Task &t, qrn_rescode code, const std::string &fn, const std::string &msg) {
   t.lastcode = code;
   t.lastmsg = msg;

@@ -124,6 +124,9 @@ struct Task {
   Info info;
 
   void write(int which, const std::string &text) const;
+  // Calls the registered callback with the task's information items; true
+  // when it asks to stop.
+  bool progress(qrn_int32 caller);
 
   // Structural changes that touch every per-item array.
   void append_cons(qrn_int32 num);

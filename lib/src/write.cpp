@@ -215,12 +215,17 @@ QRN_API qrn_rescode QRN_CALL QRN_writedatahandle(qrn_task_t task, qrn_write_fn f
     if (compress != QRN_COMPRESS_NONE)
       fail(QRN_RES_ERR_COMPRESSION, "Compression " + std::to_string(compress) + " is not supported here; use " +
                                         std::to_string(QRN_COMPRESS_NONE) + " (none).");
+    auto stop = [&](qrn_int32 caller) {
+      if (t.progress(caller)) fail(QRN_RES_ERR_STOPPED, "The callback function stopped the write.");
+    };
+    stop(QRN_CALLBACK_BEGIN_WRITE);
     write_text(t, [&](const char *data, size_t size) {
       size_t taken = func(handle, data, size);
       if (taken < size)
         fail(QRN_RES_ERR_WRITE, "The receiver took " + std::to_string(taken) + " of " + std::to_string(size) +
                                     " bytes.");
     });
+    stop(QRN_CALLBACK_END_WRITE);
   });
 }
 
