@@ -11,11 +11,11 @@ static bool type_error(const char *msg) {
   return false;
 }
 
-bool Frame::view(PyObject *o, Py_ssize_t width, const ArgMsgs &m, Arr &a) {
+bool Frame::view(PyObject *o, Py_ssize_t width, const ArgMsgs &m, Arr &a, bool writable) {
   if (o == Py_None) return true;
   if (!Py_IS_TYPE(o, &PyMemoryView_Type)) return type_error(m.type);
   // The export keeps the memory alive (and the view unreleasable) for the call.
-  if (PyObject_GetBuffer(o, &a.buf, PyBUF_FULL_RO) < 0) return false;
+  if (PyObject_GetBuffer(o, &a.buf, writable ? PyBUF_FULL : PyBUF_FULL_RO) < 0) return false;
   a.held = true;
   if (a.buf.ndim < 1 || a.buf.strides == nullptr || a.buf.strides[0] != width) return type_error(m.stride);
   a.ptr = a.buf.buf;

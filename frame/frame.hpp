@@ -80,8 +80,10 @@ class Frame {
   // ---- argument checks (each returns false with an exception set) ----
 
   // A view argument: exactly a memoryview whose first stride is `width`.
-  // None leaves `a` absent.
-  bool view(PyObject *o, Py_ssize_t width, const ArgMsgs &m, Arr &a);
+  // None leaves `a` absent. An output view must be writable: a read-only one
+  // raises the interpreter's BufferError rather than let the library write
+  // into memory that is not meant to change.
+  bool view(PyObject *o, Py_ssize_t width, const ArgMsgs &m, Arr &a, bool writable = false);
   // An enum array with a required length: present, and exactly `need` codes.
   bool required_enum(const Arr &a, Py_ssize_t need, const ArgMsgs &m);
   // A given view must have exactly `need` elements.

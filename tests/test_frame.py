@@ -72,6 +72,8 @@ def test_output_views_and_count_queries(column):
     with raises("Array is too short in argument valj"):
         t.getacol_iOO_4(1, iv(0, 0, 0), dv(0, 0))
     assert t.getacol_iOO_4(1, None, None) == (0, 3)  # queries and call still made
+    with pytest.raises(BufferError):  # the library never writes into read-only memory
+        t.getacol_iOO_4(1, memoryview(bytes(12)).cast("i"), None)
     code, payload = t.getacol_iOO_4(7, None, None)  # failing count query
     assert code != 0 and payload is None
     np = pytest.importorskip("numpy")

@@ -350,7 +350,8 @@ class Emitter:
         # 1. kind and element width of every view, in argument order
         for p in fn.params:
             if self.is_view(p):
-                self.w(f"if (!f.view(o_{p.name}, {WIDTH[p.type]}, QRN_ARG({p.name}), {p.name})) return nullptr;")
+                out = ", true" if p.kind in ("out", "outenum") else ""
+                self.w(f"if (!f.view(o_{p.name}, {WIDTH[p.type]}, QRN_ARG({p.name}), {p.name}{out})) return nullptr;")
             elif p.kind == "strlist":
                 self.w(f"if (!f.strlist(o_{p.name}, o_{p.name}_bytes, QRN_ARG({p.name}), {p.name})) "
                        "return nullptr;")
