@@ -137,3 +137,20 @@ def test_callback_exceptions_come_out_of_the_method(small):
     small.remove_Progress()
     small.remove_InfoCallback()
     assert small.writedatastream(TEXT, 0, io.BytesIO()) == 0
+
+
+def test_write_copies_are_freed(small):
+    import gc
+    import sys
+
+    class Discard:
+        def write(self, view):
+            pass
+
+    small.writedatastream(TEXT, 0, Discard())
+    gc.collect()
+    before = sys.getallocatedblocks()
+    for _ in range(300):
+        assert small.writedatastream(TEXT, 0, Discard()) == 0
+    gc.collect()
+    assert sys.getallocatedblocks() - before < 30
