@@ -2,31 +2,9 @@
 #include <string>
 #include <vector>
 
-#include "check.hpp"
-#include "quarn.h"
+#include "fixture.hpp"
 
 namespace {
-
-// Collects every text sent to a stream linked with this as its handle.
-struct Capture {
-  std::vector<std::string> lines;
-  static void QRN_CALL take(void *handle, const char *text) {
-    static_cast<Capture *>(handle)->lines.emplace_back(text);
-  }
-};
-
-struct Fixture {
-  qrn_env_t env = nullptr;
-  qrn_task_t task = nullptr;
-  Fixture() {
-    CHECK_EQ(QRN_makeenv(&env, nullptr), QRN_RES_OK);
-    CHECK_EQ(QRN_makeemptytask(env, &task), QRN_RES_OK);
-  }
-  ~Fixture() {
-    QRN_deletetask(&task);
-    QRN_deleteenv(&env);
-  }
-};
 
 double aij(qrn_task_t t, int i, int j) {
   double v = -1;

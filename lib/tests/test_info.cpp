@@ -1,20 +1,9 @@
 // Information items and the problem type, through the C interface.
-#include "check.hpp"
-#include "quarn.h"
+#include "fixture.hpp"
 
 namespace {
 
-struct Fixture {
-  qrn_env_t env = nullptr;
-  qrn_task_t task = nullptr;
-  Fixture() {
-    CHECK_EQ(QRN_makeenv(&env, nullptr), QRN_RES_OK);
-    CHECK_EQ(QRN_makeemptytask(env, &task), QRN_RES_OK);
-  }
-  ~Fixture() {
-    QRN_deletetask(&task);
-    QRN_deleteenv(&env);
-  }
+struct Info : Fixture {
   qrn_int32 probtype() {
     qrn_int32 p = -1;
     CHECK_EQ(QRN_getprobtype(task, &p), QRN_RES_OK);
@@ -25,7 +14,7 @@ struct Fixture {
 }  // namespace
 
 TEST(info_initial_values_and_identifiers) {
-  Fixture f;
+  Info f;
   double d = 7;
   qrn_int32 i = 7;
   qrn_int64 l = 7;
@@ -51,7 +40,7 @@ TEST(info_initial_values_and_identifiers) {
 }
 
 TEST(info_problem_type_follows_the_data) {
-  Fixture f;
+  Info f;
   CHECK_EQ(f.probtype(), QRN_PROBTYPE_LINEAR);
   CHECK_EQ(QRN_appendvars(f.task, 3), QRN_RES_OK);
   CHECK_EQ(QRN_appendcons(f.task, 1), QRN_RES_OK);

@@ -5,25 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "check.hpp"
-#include "quarn.h"
+#include "fixture.hpp"
 
 namespace {
-
-struct Fixture {
-  qrn_env_t env = nullptr;
-  qrn_task_t task = nullptr;
-  Fixture(int numcon, int numvar) {
-    QRN_makeenv(&env, nullptr);
-    QRN_makeemptytask(env, &task);
-    QRN_appendcons(task, numcon);
-    QRN_appendvars(task, numvar);
-  }
-  ~Fixture() {
-    QRN_deletetask(&task);
-    QRN_deleteenv(&env);
-  }
-};
 
 using Entries = std::vector<std::pair<int, double>>;
 using Trips = std::vector<std::tuple<int, int, double>>;

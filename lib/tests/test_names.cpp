@@ -4,24 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "check.hpp"
-#include "quarn.h"
+#include "fixture.hpp"
 
 namespace {
-
-struct Fixture {
-  qrn_env_t env = nullptr;
-  qrn_task_t task = nullptr;
-  explicit Fixture(int numvar = 0) {
-    CHECK_EQ(QRN_makeenv(&env, nullptr), QRN_RES_OK);
-    CHECK_EQ(QRN_makeemptytask(env, &task), QRN_RES_OK);
-    CHECK_EQ(QRN_appendvars(task, numvar), QRN_RES_OK);
-  }
-  ~Fixture() {
-    QRN_deletetask(&task);
-    QRN_deleteenv(&env);
-  }
-};
 
 std::string varname(qrn_task_t t, int j) {
   qrn_int32 len = -1;
@@ -40,11 +25,6 @@ int varindex(qrn_task_t t, const char *name) {
   return index;
 }
 
-struct Capture {
-  std::string text;
-  static void QRN_CALL take(void *handle, const char *text) { static_cast<Capture *>(handle)->text += text; }
-};
-
 // generatevarnames over all of subj with optional sp and named axes.
 qrn_rescode generate(qrn_task_t t, const std::vector<qrn_int32> &subj, const char *fmt,
                      const std::vector<qrn_int32> &dims, const std::vector<qrn_int64> *sp = nullptr,
@@ -58,7 +38,7 @@ qrn_rescode generate(qrn_task_t t, const std::vector<qrn_int32> &subj, const cha
 }  // namespace
 
 TEST(names_round_trip_utf8_and_buffer_sizes) {
-  Fixture f(2);
+  Fixture f(0, 2);
   CHECK_EQ(varname(f.task, 0), "");  // unnamed until named
   const char *greek = "\xCE\xB1\xCE\xB2-x";  // "αβ-x", 6 bytes
   CHECK_EQ(QRN_putvarname(f.task, 1, greek), QRN_RES_OK);
@@ -95,7 +75,7 @@ TEST(names_round_trip_utf8_and_buffer_sizes) {
 }
 
 TEST(names_are_unique_per_kind) {
-  Fixture f(3);
+  Fixture f(0, 3);
   CHECK_EQ(QRN_appendcons(f.task, 1), QRN_RES_OK);
   CHECK_EQ(QRN_putvarname(f.task, 0, "a"), QRN_RES_OK);
   CHECK_EQ(QRN_putvarname(f.task, 0, "a"), QRN_RES_OK);  // the same item again
@@ -123,7 +103,7 @@ TEST(names_are_unique_per_kind) {
 }
 
 TEST(names_lookup_follows_removals_and_clones) {
-  Fixture f(4);
+  Fixture f(0, 4);
   const char *names[] = {"v0", "v1", "v2", "v3"};
   for (int j = 0; j < 4; ++j) CHECK_EQ(QRN_putvarname(f.task, j, names[j]), QRN_RES_OK);
   qrn_int32 gone[] = {0, 2};
@@ -160,7 +140,7 @@ TEST(names_lookup_follows_removals_and_clones) {
 }
 
 TEST(names_generated_from_a_format) {
-  Fixture f(6);
+  Fixture f(0, 6);
   std::vector<qrn_int32> all = {0, 1, 2, 3, 4, 5};
   CHECK_EQ(generate(f.task, all, "x[{},{}]", {2, 3}), QRN_RES_OK);
   CHECK_EQ(varname(f.task, 0), "x[0,0]");
@@ -201,7 +181,7 @@ TEST(names_generated_from_a_format) {
 }
 
 TEST(names_report_lists_names_unfit_for_text_files) {
-  Fixture f(8);
+  Fixture f(0, 8);
   Capture msg;
   CHECK_EQ(QRN_linkfunctotaskstream(f.task, QRN_STREAM_MSG, &msg, &Capture::take), QRN_RES_OK);
   CHECK_EQ(QRN_putvarname(f.task, 0, "fine"), QRN_RES_OK);
@@ -210,7 +190,7 @@ TEST(names_report_lists_names_unfit_for_text_files) {
 
   CHECK_EQ(QRN_analyzenames(f.task, QRN_STREAM_MSG, QRN_NAME_TYPE_GENERIC), QRN_RES_OK);
   CHECK(msg.text.find("9 names, 0 not valid") != std::string::npos);
-  msg.text.clear();
+  msg.clear();
   CHECK_EQ(QRN_analyzenames(f.task, QRN_STREAM_MSG, QRN_NAME_TYPE_TEXT), QRN_RES_OK);
   CHECK(msg.text.find("9 names, 8 not valid") != std::string::npos);
   CHECK(msg.text.find("variable 1 \"with blank 1\"") != std::string::npos);
@@ -220,7 +200,7 @@ TEST(names_report_lists_names_unfit_for_text_files) {
   CHECK(msg.text.find("fine") == std::string::npos);
 
   CHECK_EQ(QRN_putintparam(f.task, QRN_IPAR_NAME_LENGTH_WARN, 3), QRN_RES_OK);
-  msg.text.clear();
+  msg.clear();
   CHECK_EQ(QRN_analyzenames(f.task, QRN_STREAM_MSG, QRN_NAME_TYPE_GENERIC), QRN_RES_OK);
   CHECK(msg.text.find("\"fine\" is longer") != std::string::npos);
 

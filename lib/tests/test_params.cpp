@@ -4,22 +4,12 @@
 #include <cstring>
 #include <string>
 
-#include "check.hpp"
-#include "quarn.h"
+#include "fixture.hpp"
 
 namespace {
 
-struct Fixture {
-  qrn_env_t env = nullptr;
-  qrn_task_t task = nullptr;
-  Fixture() {
-    CHECK_EQ(QRN_makeenv(&env, nullptr), QRN_RES_OK);
-    CHECK_EQ(QRN_makeemptytask(env, &task), QRN_RES_OK);
-  }
-  ~Fixture() {
-    QRN_deletetask(&task);
-    QRN_deleteenv(&env);
-  }
+// Reads parameters back, checking each call succeeds.
+struct Params : Fixture {
   double dou(int p) {
     double v = -1;
     CHECK_EQ(QRN_getdouparam(task, p, &v), QRN_RES_OK);
@@ -41,7 +31,7 @@ struct Fixture {
 }  // namespace
 
 TEST(params_defaults_counts_and_identifiers) {
-  Fixture f;
+  Params f;
   qrn_int32 n = -1;
   CHECK_EQ(QRN_getnumparam(f.task, QRN_PAR_TYPE_DOUBLE, &n), QRN_RES_OK);
   CHECK_EQ(n, QRN_DPAR_COUNT);
@@ -64,7 +54,7 @@ TEST(params_defaults_counts_and_identifiers) {
 }
 
 TEST(params_values_outside_their_range_are_refused) {
-  Fixture f;
+  Params f;
   CHECK_EQ(QRN_putdouparam(f.task, QRN_DPAR_OPT_TOL, 1e-6), QRN_RES_OK);
   CHECK_EQ(QRN_putdouparam(f.task, QRN_DPAR_OPT_TOL, 0.6), QRN_RES_ERR_PARAM_VALUE);
   CHECK_EQ(QRN_putdouparam(f.task, QRN_DPAR_OPT_TOL, std::nan("")), QRN_RES_ERR_PARAM_VALUE);
@@ -91,7 +81,7 @@ TEST(params_values_outside_their_range_are_refused) {
 }
 
 TEST(params_by_name_and_as_text) {
-  Fixture f;
+  Params f;
   qrn_int32 id = -1;
   CHECK_EQ(QRN_isdouparname(f.task, "QRN_DPAR_MIP_REL_GAP", &id), QRN_RES_OK);
   CHECK_EQ(id, QRN_DPAR_MIP_REL_GAP);
@@ -133,7 +123,7 @@ TEST(params_by_name_and_as_text) {
 }
 
 TEST(params_string_reader_stays_inside_maxlen) {
-  Fixture f;
+  Params f;
   CHECK_EQ(QRN_putstrparam(f.task, QRN_SPAR_REMOTE_TAG, "a\xC3\xA9z"), QRN_RES_OK);  // "aéz", 4 bytes
   qrn_int32 len = -1;
   CHECK_EQ(QRN_getstrparamlen(f.task, QRN_SPAR_REMOTE_TAG, &len), QRN_RES_OK);
@@ -152,7 +142,7 @@ TEST(params_string_reader_stays_inside_maxlen) {
 }
 
 TEST(params_constants_from_names) {
-  Fixture f;
+  Params f;
   qrn_int32 v = -1;
   CHECK_EQ(QRN_strtoconetype(f.task, "QRN_CONE_RQUAD", &v), QRN_RES_OK);
   CHECK_EQ(v, QRN_CONE_RQUAD);
