@@ -1,4 +1,5 @@
-"""Shared fixtures and small array helpers for the _qrn tests."""
+"""Shared fixtures and small helpers for the _qrn tests."""
+import re
 from array import array
 
 import pytest
@@ -18,6 +19,18 @@ def task(env):
     t = _qrn.Task(env)
     yield t
     t.dispose()
+
+
+def sized(task, numcon, numvar):
+    """The task after appending numcon constraints and numvar variables."""
+    assert task.appendcons_i_2(numcon) == (0, None)
+    assert task.appendvars_i_2(numvar) == (0, None)
+    return task
+
+
+def raises(msg):
+    """Expects a TypeError whose message is exactly msg."""
+    return pytest.raises(TypeError, match="^" + re.escape(msg) + "$")
 
 
 def iv(*values):

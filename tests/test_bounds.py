@@ -4,21 +4,15 @@ from array import array
 
 import pytest
 
-from conftest import doubles, dv, ints, iv, qv
+from conftest import doubles, dv, ints, iv, qv, raises, sized
 
 FREE, LOWER, UPPER, FIXED, RANGED = range(5)
 INF = float("inf")
 
 
-def raises(msg):
-    return pytest.raises(TypeError, match="^" + msg + "$")
-
-
 @pytest.fixture
 def lp(task):
-    task.appendcons_i_2(5)
-    task.appendvars_i_2(4)
-    return task
+    return sized(task, 5, 4)
 
 
 def test_bounds_round_trip(lp):

@@ -8,19 +8,14 @@ from array import array
 import pytest
 
 import _qrn
-from conftest import doubles, dv, ints, iv, qv
+from conftest import doubles, dv, ints, iv, qv, raises, sized
 
 
 @pytest.fixture
 def column(task):
-    task.appendcons_i_2(5)
-    task.appendvars_i_2(2)
+    sized(task, 5, 2)
     assert task.putacol_iOO_4(1, iv(0, 2, 4), dv(1.0, 2.0, 3.0)) == (0, None)
     return task
-
-
-def raises(msg, exc=TypeError):
-    return pytest.raises(exc, match="^" + msg.replace("(", r"\(").replace(")", r"\)") + "$")
 
 
 def test_view_type_and_stride_messages(column):

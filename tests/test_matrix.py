@@ -6,7 +6,7 @@ from array import array
 
 import pytest
 
-from conftest import doubles, dv, ints, iv, qv
+from conftest import doubles, dv, ints, iv, qv, raises, sized
 
 ERR_NULL_POINTER, ERR_INDEX_CON, ERR_INDEX_VAR, ERR_SLICE = 1002, 1100, 1101, 1103
 ERR_DUP_INDEX, ERR_PTR_RANGE, ERR_VALUE_NAN, ERR_BOUND_KEY = 1104, 1106, 1108, 1200
@@ -16,18 +16,13 @@ UPPER, RANGED = 2, 4
 A = {(0, 0): 1.0, (2, 0): 4.0, (1, 1): 3.0, (0, 2): 2.0, (2, 2): 5.0, (2, 3): 6.0}
 
 
-def raises(msg):
-    return pytest.raises(TypeError, match="^" + msg + "$")
-
-
 def views(*arrays):
     return [memoryview(x) for x in arrays]
 
 
 @pytest.fixture
 def a(task):
-    task.appendcons_i_2(3)
-    task.appendvars_i_2(4)
+    sized(task, 3, 4)
     # columns in compressed form, with a gap (99) that is never read
     assert task.putacolslice64_iiOOOO_7(
         0, 4, qv(0, 2, 3, 6), qv(2, 3, 5, 7), iv(0, 2, 1, 0, 2, 99, 2), dv(1, 4, 3, 2, 5, 99, 6)) == (0, None)

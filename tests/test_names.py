@@ -5,7 +5,7 @@ from array import array
 
 import pytest
 
-from conftest import iv, qv
+from conftest import iv, qv, raises
 from test_params import code
 
 
@@ -27,10 +27,6 @@ def strlist(*texts):
         offsets.append(len(data))
         data += t.encode() + b"\0"
     return qv(*offsets), memoryview(data)
-
-
-def raises(msg):
-    return pytest.raises(TypeError, match="^" + msg + "$")
 
 
 @pytest.fixture

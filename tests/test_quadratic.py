@@ -4,20 +4,14 @@ from array import array
 
 import pytest
 
-from conftest import doubles, dv, ints, iv, qv
+from conftest import doubles, dv, ints, iv, qv, raises, sized
 
 QUAD, RQUAD = 0, 1
 
 
-def raises(msg):
-    return pytest.raises(TypeError, match="^" + msg + "$")
-
-
 @pytest.fixture
 def qp(task):
-    task.appendcons_i_2(3)
-    task.appendvars_i_2(5)
-    return task
+    return sized(task, 3, 5)
 
 
 def test_objective_terms_round_trip(qp):
