@@ -104,10 +104,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getnumcone(qrn_task_t task, qrn_int32 *numcone)
 
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumcone(qrn_task_t task, qrn_int32 maxnumcone) {
   return api(task, "QRN_putmaxnumcone", [&](Task &t) {
-    need_count(maxnumcone, "The cone capacity");
-    if (maxnumcone < static_cast<qrn_int64>(t.cones.size()))
-      fail(QRN_RES_ERR_MAX_CAPACITY, "The cone capacity " + std::to_string(maxnumcone) + " is below the number of cones " +
-                                         std::to_string(t.cones.size()) + ".");
+    need_capacity(maxnumcone, static_cast<qrn_int64>(t.cones.size()), "The cone capacity");
     t.maxnumcone = maxnumcone;
     t.cones.reserve(maxnumcone);
   });

@@ -45,6 +45,13 @@ qrn_rescode api(qrn_task_t task, const char *fn, Body &&body) noexcept {
 inline void need_count(qrn_int64 n, const char *what) {
   if (n < 0) fail(QRN_RES_ERR_NEGATIVE_COUNT, std::string(what) + " is negative (" + std::to_string(n) + ").");
 }
+// A capacity may be neither negative nor below what the task holds.
+inline void need_capacity(qrn_int64 capacity, qrn_int64 held, const char *what) {
+  need_count(capacity, what);
+  if (capacity < held)
+    fail(QRN_RES_ERR_MAX_CAPACITY, std::string(what) + " " + std::to_string(capacity) + " is below the " +
+                                       std::to_string(held) + " the task holds.");
+}
 // An input array may be null only when its count is 0.
 inline void need_array(const void *p, qrn_int64 n, const char *what) {
   if (p == nullptr && n > 0) fail(QRN_RES_ERR_NULL_POINTER, std::string("Argument ") + what + " is null.");

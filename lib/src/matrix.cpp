@@ -427,10 +427,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getmaxnumanz64(qrn_task_t task, qrn_int64 *maxn
 
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumanz(qrn_task_t task, qrn_int64 maxnumanz) {
   return api(task, "QRN_putmaxnumanz", [&](Task &t) {
-    need_count(maxnumanz, "maxnumanz");
-    if (maxnumanz < t.a.nnz)
-      fail(QRN_RES_ERR_MAX_CAPACITY, "maxnumanz = " + str(maxnumanz) + " is below the " + str(t.a.nnz) +
-                                         " non-zeros that A holds.");
+    need_capacity(maxnumanz, t.a.nnz, "The non-zero capacity");
     t.a.maxnnz = maxnumanz;
   });
 }

@@ -100,11 +100,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getnumqconknz64(qrn_task_t task, qrn_int32 k, q
 
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumqnz(qrn_task_t task, qrn_int64 maxnumqnz) {
   return api(task, "QRN_putmaxnumqnz", [&](Task &t) {
-    need_count(maxnumqnz, "The quadratic term capacity");
-    qrn_int64 held = total_terms(t);
-    if (maxnumqnz < held)
-      fail(QRN_RES_ERR_MAX_CAPACITY, "The quadratic term capacity " + std::to_string(maxnumqnz) +
-                                         " is below the " + std::to_string(held) + " terms held.");
+    need_capacity(maxnumqnz, total_terms(t), "The quadratic term capacity");
     t.maxnumqnz = maxnumqnz;
   });
 }

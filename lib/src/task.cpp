@@ -382,9 +382,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getmaxnumvar(qrn_task_t task, qrn_int32 *maxnum
 
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumcon(qrn_task_t task, qrn_int32 maxnumcon) {
   return api(task, "QRN_putmaxnumcon", [&](Task &t) {
-    if (maxnumcon < t.numcon)
-      fail(QRN_RES_ERR_MAX_CAPACITY, "The constraint capacity " + std::to_string(maxnumcon) +
-                                         " is below the number of constraints " + std::to_string(t.numcon) + ".");
+    need_capacity(maxnumcon, t.numcon, "The constraint capacity");
     t.maxnumcon = maxnumcon;
     t.a.rows.reserve(maxnumcon);
     t.conbound.reserve(maxnumcon);
@@ -393,9 +391,7 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumcon(qrn_task_t task, qrn_int32 maxnumc
 
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumvar(qrn_task_t task, qrn_int32 maxnumvar) {
   return api(task, "QRN_putmaxnumvar", [&](Task &t) {
-    if (maxnumvar < t.numvar)
-      fail(QRN_RES_ERR_MAX_CAPACITY, "The variable capacity " + std::to_string(maxnumvar) +
-                                         " is below the number of variables " + std::to_string(t.numvar) + ".");
+    need_capacity(maxnumvar, t.numvar, "The variable capacity");
     t.maxnumvar = maxnumvar;
     t.a.cols.reserve(maxnumvar);
     t.varbound.reserve(maxnumvar);
