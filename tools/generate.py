@@ -240,10 +240,6 @@ def check(fn: Function, where: str) -> None:
 
 # ---- C++ emission ----------------------------------------------------------------
 
-def cfunc(fn: Function, alloc: bool) -> str:
-    return f"{fn.owner}_{[m for m, a in variants(fn).items() if a == alloc][0]}"
-
-
 class Emitter:
     def __init__(self, fn: Function, method: str, alloc: bool):
         self.fn, self.method, self.alloc = fn, method, alloc
