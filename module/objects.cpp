@@ -155,11 +155,11 @@ static int Task_init(PyObject *pyself, PyObject *args, PyObject *kwds) {
       return -1;
     }
   }
-  // A second init releases the task and callables of the first.
+  // A second init releases the task and callables of the first (leaving the
+  // callable fields null).
   task_release(self);
   self->taskhandle = made;
   link_task(self);
-  null_task_callables(self);
   return 0;
 }
 
@@ -183,7 +183,6 @@ PyObject *wrap_task(qrn_task_t handle) {
   null_task_callables(self);
   self->taskhandle = handle;
   link_task(self);
-  null_task_callables(self);
   return reinterpret_cast<PyObject *>(self);
 }
 
