@@ -88,14 +88,37 @@ struct Info {
   Info();  // initial values
 };
 
+// The last failure of a task. Failing calls may run at the same time on one
+// task (two readers with bad arguments), so the record has its own lock; a
+// copied task starts with an empty record.
+class LastError {
+ public:
+  LastError() = default;
+  LastError(const LastError &) {}
+  LastError &operator=(const LastError &) { return *this; }
+  void set(qrn_rescode code, const std::string &msg) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    code_ = code;
+    msg_ = msg;
+  }
+  std::pair<qrn_rescode, std::string> get() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return {code_, msg_};
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  qrn_rescode code_ = QRN_RES_OK;
+  std::string msg_;
+};
+
 struct Task {
   Env *env = nullptr;
   bool holds_env = false;  // holds a reference on env (garbage collection)
   Streams streams;
   qrn_callback_fn callback = nullptr;
   void *callback_handle = nullptr;
-  qrn_rescode lastcode = QRN_RES_OK;
-  std::string lastmsg;
+  LastError last;
 
   // sizes and capacities
   qrn_int32 numcon = 0, numvar = 0;

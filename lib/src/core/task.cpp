@@ -31,8 +31,7 @@ bool Task::progress(qrn_int32 caller) {
 }
 
 void report(Task &t, qrn_rescode code, const std::string &fn, const std::string &msg) {
-  t.lastcode = code;
-  t.lastmsg = msg;
+  t.last.set(code, msg);
   t.write(QRN_STREAM_ERR, fn + ": error " + std::to_string(code) + ": " + msg + "\n");
 }
 
@@ -287,12 +286,10 @@ QRN_API qrn_rescode QRN_CALL QRN_clonetask(qrn_task_t task, qrn_task_t *clone) {
   try {
     auto *t = new qrn_task_s();
     static_cast<Task &>(*t) = static_cast<const Task &>(*task);
-    // The copy has its own streams and callback, and no last error.
+    // The copy has its own streams and callback, and no last error (LastError is not copied).
     t->streams = Streams{};
     t->callback = nullptr;
     t->callback_handle = nullptr;
-    t->lastcode = QRN_RES_OK;
-    t->lastmsg.clear();
     if (t->holds_env) t->env->refs.fetch_add(1);
     *clone = t;
     return QRN_RES_OK;
@@ -334,11 +331,12 @@ QRN_API qrn_rescode QRN_CALL QRN_getlasterror(qrn_task_t task, qrn_rescode *last
                                               qrn_int32 *lastmsglen, char *lastmsg) {
   if (task == nullptr) return QRN_RES_ERR_NULL_TASK;
   if (sizelastmsg < 0) return QRN_RES_ERR_NEGATIVE_COUNT;
-  put(lastrescode, task->lastcode);
-  put(lastmsglen, static_cast<qrn_int32>(task->lastmsg.size()));
+  const auto [code, msg] = task->last.get();
+  put(lastrescode, code);
+  put(lastmsglen, static_cast<qrn_int32>(msg.size()));
   if (lastmsg != nullptr && sizelastmsg > 0) {
-    size_t n = std::min(task->lastmsg.size(), static_cast<size_t>(sizelastmsg - 1));
-    std::memcpy(lastmsg, task->lastmsg.data(), n);
+    size_t n = std::min(msg.size(), static_cast<size_t>(sizelastmsg - 1));
+    std::memcpy(lastmsg, msg.data(), n);
     lastmsg[n] = '\0';
   }
   return QRN_RES_OK;
