@@ -205,6 +205,44 @@ enum qrn_probtype_e {
   QRN_PROBTYPE_MIXED = 3      /* quadratic terms and cones together */
 };
 
+/* ---- solutions -------------------------------------------------------------
+ * A task keeps one solution per identifier. The interior solution comes from
+ * an interior-point run, the basic solution from a simplex run or crossover,
+ * the integer solution from the mixed-integer search. */
+enum qrn_soltype_e {
+  QRN_SOL_ITR = 0, /* interior solution */
+  QRN_SOL_BAS = 1, /* basic solution */
+  QRN_SOL_ITG = 2  /* integer solution */
+};
+#define QRN_SOL_COUNT 3
+
+/* What is known about the problem when a solution is reported. */
+enum qrn_prosta_e {
+  QRN_PRO_STA_UNKNOWN = 0,
+  QRN_PRO_STA_PRIM_AND_DUAL_FEAS = 1,
+  QRN_PRO_STA_PRIM_FEAS = 2,
+  QRN_PRO_STA_DUAL_FEAS = 3,
+  QRN_PRO_STA_PRIM_INFEAS = 4,           /* the solution holds a primal infeasibility certificate */
+  QRN_PRO_STA_DUAL_INFEAS = 5,           /* the solution holds a dual infeasibility certificate (a ray) */
+  QRN_PRO_STA_PRIM_AND_DUAL_INFEAS = 6,
+  QRN_PRO_STA_ILL_POSED = 7,
+  QRN_PRO_STA_PRIM_INFEAS_OR_UNBOUNDED = 8
+};
+
+/* What a solution is. */
+enum qrn_solsta_e {
+  QRN_SOL_STA_UNKNOWN = 0,
+  QRN_SOL_STA_OPTIMAL = 1,
+  QRN_SOL_STA_PRIM_FEAS = 2,
+  QRN_SOL_STA_DUAL_FEAS = 3,
+  QRN_SOL_STA_PRIM_AND_DUAL_FEAS = 4,
+  QRN_SOL_STA_PRIM_INFEAS_CER = 5, /* y, slc, suc, slx, sux, snx form a Farkas certificate */
+  QRN_SOL_STA_DUAL_INFEAS_CER = 6, /* xx, xc form a primal ray of improving objective */
+  QRN_SOL_STA_PRIM_ILLPOSED_CER = 7,
+  QRN_SOL_STA_DUAL_ILLPOSED_CER = 8,
+  QRN_SOL_STA_INTEGER_OPTIMAL = 9
+};
+
 /* ---- parameter kinds (QRN_getnumparam) ------------------------------------ */
 enum qrn_parametertype_e {
   QRN_PAR_TYPE_DOUBLE = 0,

@@ -74,6 +74,19 @@ struct NameTable {
   void remap(const std::vector<qrn_int32> &newindex, size_t newsize);
 };
 
+// One solution of a task (QRN_SOL_ITR, QRN_SOL_BAS or QRN_SOL_ITG). When it is
+// defined, every vector has one entry per item the task holds: constraints for
+// skc, xc, y, slc, suc; variables for skx, xx, slx, sux, snx; cones for skn;
+// rows of affine conic constraints for doty.
+struct Solution {
+  bool defined = false;
+  qrn_int32 prosta = QRN_PRO_STA_UNKNOWN;
+  qrn_int32 solsta = QRN_SOL_STA_UNKNOWN;
+  std::vector<qrn_int32> skc, skx, skn;
+  std::vector<double> xc, xx, y, slc, suc, slx, sux, snx;
+  std::vector<double> doty;
+};
+
 struct Params {
   std::vector<double> dou;
   std::vector<qrn_int32> integer;
@@ -145,6 +158,8 @@ struct Task {
 
   Params par;
   Info info;
+
+  std::array<Solution, QRN_SOL_COUNT> sol;
 
   void write(int which, const std::string &text) const;
   // Calls the registered callback with the task's information items; true
