@@ -15,9 +15,13 @@ bool Frame::view(PyObject *o, Py_ssize_t width, const ArgMsgs &m, Arr &a, bool w
   if (o == Py_None) return true;
   if (!Py_IS_TYPE(o, &PyMemoryView_Type)) return type_error(m.type);
   // The export keeps the memory alive (and the view unreleasable) for the call.
-  if (PyObject_GetBuffer(o, &a.buf, writable ? PyBUF_FULL : PyBUF_FULL_RO) < 0) return false;
+  if (PyObject_GetBuffer(o, &a.buf, PyBUF_FULL_RO) < 0) return false;
   a.held = true;
   if (a.buf.ndim < 1 || a.buf.strides == nullptr || a.buf.strides[0] != width) return type_error(m.stride);
+  if (writable && a.buf.readonly) {
+    PyErr_SetString(PyExc_BufferError, m.readonly);
+    return false;
+  }
   a.ptr = a.buf.buf;
   a.len = a.buf.shape[0];
   return true;
@@ -47,7 +51,7 @@ Py_ssize_t Frame::group(std::initializer_list<const Arr *> views, const char *ms
     if (first) {
       n = a->len;
       first = false;
-    } else if (a->len != n && mismatch_ == nullptr) {
+    } else if (a->len != n) {
       mismatch_ = msg;
     }
   }
@@ -122,21 +126,33 @@ bool Frame::tasklist(PyObject *o, const char *list_msg, const char *item_msg, Ta
     PyErr_SetString(PyExc_ValueError, list_msg);
     return false;
   }
-  t.len = PyList_GET_SIZE(o);
-  t.handles = static_cast<qrn_task_t *>(PyMem_Malloc(t.len > 0 ? t.len * sizeof(qrn_task_t) : 1));
-  if (t.handles == nullptr) {
+  const Py_ssize_t n = PyList_GET_SIZE(o);
+  t.handles = static_cast<qrn_task_t *>(PyMem_Malloc(n > 0 ? n * sizeof(qrn_task_t) : 1));
+  t.items = static_cast<PyObject **>(PyMem_Malloc(n > 0 ? n * sizeof(PyObject *) : 1));
+  if (t.handles == nullptr || t.items == nullptr) {
     PyErr_SetString(PyExc_MemoryError, "Failed to allocate memory");
     return false;
   }
-  for (Py_ssize_t k = 0; k < t.len; ++k) {
+  for (Py_ssize_t k = 0; k < n; ++k) {
     PyObject *item = PyList_GET_ITEM(o, k);
     if (!Py_IS_TYPE(item, &TaskType)) {
       PyErr_SetString(PyExc_ValueError, item_msg);
       return false;
     }
-    t.handles[k] = task_handle(item);
+    Py_INCREF(item);
+    t.items[t.len++] = item;
+    t.handles[k] = static_cast<qrn_task_t>(begin_call(item));
   }
   return true;
+}
+
+TaskList::~TaskList() {
+  for (Py_ssize_t k = 0; k < len; ++k) {
+    end_call(items[k]);
+    Py_DECREF(items[k]);
+  }
+  PyMem_Free(items);
+  PyMem_Free(handles);
 }
 
 PyObject *Frame::stop() const {

@@ -23,6 +23,7 @@ struct ArgMsgs {
   const char *length;     // view length differs from its required length
   const char *enum_len;   // enum array length differs from its required length
   const char *bytearray;  // output object is not a bytearray
+  const char *readonly;   // an output view over memory that must not change
 };
 
 #define QRN_ARG(X)                                                                             \
@@ -30,7 +31,7 @@ struct ArgMsgs {
     "Expected a memoryview object for argument " #X,                                           \
         "Expected a continuous memoryview object for argument " #X,                            \
         "Array is too short in argument " #X, "Argument " #X " is too short",                  \
-        "Bytearray object for argument " #X                                                    \
+        "Bytearray object for argument " #X, "Read-only memoryview object for argument " #X    \
   }
 
 // One array argument as the library sees it: a pointer (null when absent) and
@@ -54,6 +55,24 @@ struct Arr {
   }
 };
 
+// A library call in progress on an Env or Task (owner; null for static
+// methods). Begin returns the owner's current handle; while calls run, a
+// dispose of the owner detaches its library object and the last call to end
+// deletes it (objects.cpp).
+void *begin_call(PyObject *owner);
+void end_call(PyObject *owner);
+
+class CallScope {
+ public:
+  CallScope(PyObject *owner, void *&handle) : owner_(owner) { handle = begin_call(owner); }
+  ~CallScope() { end_call(owner_); }
+  CallScope(const CallScope &) = delete;
+  CallScope &operator=(const CallScope &) = delete;
+
+ private:
+  PyObject *owner_;
+};
+
 // The pointer array of a string list.
 struct StrList {
   const char **ptrs = nullptr;
@@ -65,24 +84,33 @@ struct StrList {
   ~StrList() { PyMem_Free(ptrs); }
 };
 
-// The handle array of a list of tasks.
+// The handle array of a list of tasks. Every listed task counts as being in a
+// call (and is referenced) until the method returns, so a callable that
+// disposes one of them cannot pull its library task away under the library.
 struct TaskList {
   qrn_task_t *handles = nullptr;
+  PyObject **items = nullptr;
   Py_ssize_t len = 0;
   TaskList() = default;
   TaskList(const TaskList &) = delete;
   TaskList &operator=(const TaskList &) = delete;
-  ~TaskList() { PyMem_Free(handles); }
+  ~TaskList();
 };
 
 class Frame {
  public:
+  Frame() = default;
+  explicit Frame(PyObject *owner) : owner_(owner) {}
+  // The owner's handle as read for the current library call.
+  qrn_task_t task() const { return static_cast<qrn_task_t>(handle_); }
+  qrn_env_t env() const { return static_cast<qrn_env_t>(handle_); }
+
   // ---- argument checks (each returns false with an exception set) ----
 
   // A view argument: exactly a memoryview whose first stride is `width`.
-  // None leaves `a` absent. An output view must be writable: a read-only one
-  // raises the interpreter's BufferError rather than let the library write
-  // into memory that is not meant to change.
+  // None leaves `a` absent. An output view must also be writable: once its
+  // type and stride have passed, a read-only one raises BufferError rather
+  // than let the library write into memory that is not meant to change.
   bool view(PyObject *o, Py_ssize_t width, const ArgMsgs &m, Arr &a, bool writable = false);
   // An enum array with a required length: present, and exactly `need` codes.
   bool required_enum(const Arr &a, Py_ssize_t need, const ArgMsgs &m);
@@ -91,10 +119,13 @@ class Frame {
   // A view must hold at least `need` elements (absent counts as empty).
   bool at_least(const Arr &a, Py_ssize_t need, const char *msg);
   // Length group: the first given view fixes n; a later one that differs
-  // records the group's message, raised by checked() unless a later check
-  // fails first.
+  // records the group's message (replacing any recorded before, so the last
+  // group that disagrees is the one reported), raised by checked() unless a
+  // later check fails first.
   Py_ssize_t group(std::initializer_list<const Arr *> views, const char *msg);
   bool checked();
+  // Whether the slice first..last can lie inside n items.
+  static bool inside(long long first, long long last, long long n) { return 0 <= first && first <= last && last <= n; }
   // One past the last position that the pairs ptrb[k] < ptre[k] reach.
   static Py_ssize_t extent(const Arr &ptrb, const Arr &ptre);
 
@@ -117,9 +148,12 @@ class Frame {
   // returned 0 and no interpreter exception is pending.
   template <class Call>
   bool call(Call &&fn) {
-    PyThreadState *ts = PyEval_SaveThread();
-    code_ = fn();
-    PyEval_RestoreThread(ts);
+    {
+      CallScope scope(owner_, handle_);
+      PyThreadState *ts = PyEval_SaveThread();
+      code_ = fn();
+      PyEval_RestoreThread(ts);
+    }
     return code_ == 0 && !PyErr_Occurred();
   }
   // The method's return value after call() returned false: NULL with the
@@ -130,6 +164,8 @@ class Frame {
   qrn_rescode code() const { return code_; }
 
  private:
+  PyObject *owner_ = nullptr;
+  void *handle_ = nullptr;
   qrn_rescode code_ = 0;
   const char *mismatch_ = nullptr;
 };

@@ -9,7 +9,57 @@ namespace qrn {
 // ---- Env -------------------------------------------------------------------
 
 static void clear_streams(PyObject **streamfunc) {
-  for (int s = 0; s < 4; ++s) Py_CLEAR(streamfunc[s]);
+  for (int s = 0; s < 4; ++s) replace(streamfunc[s], nullptr);
+}
+
+// ---- calls in progress --------------------------------------------------------
+// A callable that the library runs during a call (a stream, progress,
+// information or write callable), or another thread, may dispose the object
+// the call runs on. The library object is then detached at once (the object
+// reads as disposed, later calls get a null handle) and deleted when the last
+// running call on it returns.
+
+void *begin_call(PyObject *owner) {
+  if (owner == nullptr) return nullptr;
+  Py_INCREF(owner);
+  if (PyObject_TypeCheck(owner, &TaskType)) {
+    auto *t = reinterpret_cast<TaskObject *>(owner);
+    ++t->calls;
+    return t->taskhandle;
+  }
+  auto *e = reinterpret_cast<EnvObject *>(owner);
+  ++e->calls;
+  return e->envhandle;
+}
+
+void end_call(PyObject *owner) {
+  if (owner == nullptr) return;
+  if (PyObject_TypeCheck(owner, &TaskType)) {
+    auto *t = reinterpret_cast<TaskObject *>(owner);
+    if (--t->calls == 0 && t->doomed != nullptr) QRN_deletetask(&t->doomed);
+  } else {
+    auto *e = reinterpret_cast<EnvObject *>(owner);
+    if (--e->calls == 0 && e->doomed != nullptr) QRN_deleteenv(&e->doomed);
+  }
+  Py_DECREF(owner);
+}
+
+static void delete_env(EnvObject *self) {
+  if (self->calls > 0 && self->envhandle != nullptr) self->doomed = self->envhandle;
+  else QRN_deleteenv(&self->envhandle);
+  self->envhandle = nullptr;
+}
+
+static void delete_task(TaskObject *self) {
+  if (self->calls > 0) self->doomed = self->taskhandle;
+  else QRN_deletetask(&self->taskhandle);
+  self->taskhandle = nullptr;
+}
+
+static bool busy(Py_ssize_t calls) {
+  if (calls == 0) return false;
+  PyErr_SetString(PyExc_RuntimeError, "Cannot initialize an object while a library call runs on it");
+  return true;
 }
 
 static PyObject *Env_new(PyTypeObject *type, PyObject *, PyObject *) {
@@ -21,7 +71,7 @@ static PyObject *Env_new(PyTypeObject *type, PyObject *, PyObject *) {
 // Releases what a live Env holds (library environment first, then callables).
 static void env_release(EnvObject *self) {
   if (self->envhandle != nullptr || self->globalenv) {
-    QRN_deleteenv(&self->envhandle);
+    delete_env(self);
     self->globalenv = 0;
     self->envhandle = nullptr;
   }
@@ -35,6 +85,7 @@ static int Env_init(PyObject *pyself, PyObject *args, PyObject *kwds) {
   int globalenv = 0;
   if (!PyArg_ParseTupleAndKeywords(args, kwds, "|sp", const_cast<char **>(kwlist), &dbgfile, &globalenv))
     return -1;
+  if (busy(self->calls)) return -1;
   // A second init releases the environment and callables of the first.
   env_release(self);
   self->globalenv = globalenv;
@@ -49,7 +100,6 @@ static int Env_init(PyObject *pyself, PyObject *args, PyObject *kwds) {
   } else {
     self->envhandle = nullptr;
   }
-  for (auto &f : self->streamfunc) f = nullptr;
   return 0;
 }
 
@@ -63,7 +113,7 @@ PyObject *Env_dispose(PyObject *pyself, PyObject *) {
   auto *self = reinterpret_cast<EnvObject *>(pyself);
   if (self->envhandle != nullptr) {
     self->globalenv = 0;
-    QRN_deleteenv(&self->envhandle);
+    delete_env(self);
   } else if (!self->globalenv) {
     Py_RETURN_NONE;
   } else {
@@ -89,23 +139,14 @@ PyTypeObject EnvType = {
 // ---- Task ------------------------------------------------------------------
 
 static void clear_task_callables(TaskObject *self) {
-  Py_CLEAR(self->progressfunc);
-  Py_CLEAR(self->infofunc);
+  replace(self->progressfunc, nullptr);
+  replace(self->infofunc, nullptr);
   clear_streams(self->streamfunc);
-}
-
-static void null_task_callables(TaskObject *self) {
-  for (auto &f : self->streamfunc) f = nullptr;
-  self->progressfunc = nullptr;
-  self->infofunc = nullptr;
 }
 
 // Deletes the library task before any callable is released.
 static void task_release(TaskObject *self) {
-  if (self->taskhandle != nullptr) {
-    QRN_deletetask(&self->taskhandle);
-    self->taskhandle = nullptr;
-  }
+  if (self->taskhandle != nullptr) delete_task(self);
   clear_task_callables(self);
 }
 
@@ -117,10 +158,7 @@ void link_task(TaskObject *self) {
 
 static PyObject *Task_new(PyTypeObject *type, PyObject *, PyObject *) {
   auto *self = reinterpret_cast<TaskObject *>(type->tp_alloc(type, 0));
-  if (self != nullptr) {
-    self->taskhandle = nullptr;
-    null_task_callables(self);
-  }
+  // The allocator zeroes every field: no handle, no callables, no calls.
   return reinterpret_cast<PyObject *>(self);
 }
 
@@ -132,6 +170,7 @@ static int Task_init(PyObject *pyself, PyObject *args, PyObject *kwds) {
   if (!PyArg_ParseTupleAndKeywords(args, kwds, "|OiiO", const_cast<char **>(kwlist), &env, &numcon, &numvar,
                                    &other))
     return -1;
+  if (busy(self->calls)) return -1;
   qrn_task_t made = nullptr;
   if (other != nullptr) {
     // Only a Task is copied; anything else (None included) is refused like an
@@ -180,8 +219,7 @@ PyObject *wrap_task(qrn_task_t handle) {
     QRN_deletetask(&handle);
     return nullptr;
   }
-  null_task_callables(self);
-  self->taskhandle = handle;
+  self->taskhandle = handle;  // the allocator zeroed the callables
   link_task(self);
   return reinterpret_cast<PyObject *>(self);
 }

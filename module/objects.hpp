@@ -5,15 +5,22 @@
 #define PY_SSIZE_T_CLEAN
 #include <Python.h>
 
+#include <atomic>
+
 #include "quarn.h"
 
 namespace qrn {
 
+// After the documented fields, both types count the library calls running on
+// them (changed only under the interpreter lock) and keep the library object
+// that a dispose detached while calls ran, deleted when the last one returns.
 struct EnvObject {
   PyObject_HEAD
   PyObject *streamfunc[4];
   int globalenv;
   qrn_env_t envhandle;
+  Py_ssize_t calls;
+  qrn_env_t doomed;
 };
 
 struct TaskObject {
@@ -22,7 +29,21 @@ struct TaskObject {
   PyObject *streamfunc[4];
   PyObject *progressfunc;
   PyObject *infofunc;
+  Py_ssize_t calls;
+  qrn_task_t doomed;
 };
+
+// Callable fields are tested once without the interpreter lock (the first
+// step of a trampoline) and written under it from any thread, so that test
+// and every write are atomic.
+inline PyObject *peek(PyObject *const &field) {
+  return std::atomic_ref<PyObject *>(const_cast<PyObject *&>(field)).load(std::memory_order_acquire);
+}
+// Stores value (a new reference, or null) and releases what the field held.
+inline void replace(PyObject *&field, PyObject *value) {
+  PyObject *old = std::atomic_ref<PyObject *>(field).exchange(value, std::memory_order_acq_rel);
+  Py_XDECREF(old);
+}
 
 extern PyTypeObject EnvType;
 extern PyTypeObject TaskType;

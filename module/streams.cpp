@@ -2,6 +2,7 @@
 // interpreter callables, and writing a task to an object with a `write` method.
 #include <cstring>
 
+#include "frame.hpp"
 #include "objects.hpp"
 
 namespace qrn {
@@ -10,7 +11,7 @@ namespace qrn {
 
 static void store(PyObject *&field, PyObject *func) {
   Py_INCREF(func);
-  Py_XSETREF(field, func);
+  replace(field, func);
 }
 
 static PyObject *set_stream(PyObject **streamfunc, PyObject *args) {
@@ -24,7 +25,7 @@ static PyObject *set_stream(PyObject **streamfunc, PyObject *args) {
 static PyObject *remove_stream(PyObject **streamfunc, PyObject *args) {
   int which;
   if (!PyArg_ParseTuple(args, "i", &which)) return nullptr;
-  if (which >= 0 && which <= 3) Py_CLEAR(streamfunc[which]);
+  if (which >= 0 && which <= 3) replace(streamfunc[which], nullptr);
   Py_RETURN_NONE;
 }
 
@@ -54,11 +55,11 @@ PyObject *Task_set_InfoCallback(PyObject *self, PyObject *args) {
   Py_RETURN_NONE;
 }
 PyObject *Task_remove_Progress(PyObject *self, PyObject *) {
-  Py_CLEAR(reinterpret_cast<TaskObject *>(self)->progressfunc);
+  replace(reinterpret_cast<TaskObject *>(self)->progressfunc, nullptr);
   Py_RETURN_NONE;
 }
 PyObject *Task_remove_InfoCallback(PyObject *self, PyObject *) {
-  Py_CLEAR(reinterpret_cast<TaskObject *>(self)->infofunc);
+  replace(reinterpret_cast<TaskObject *>(self)->infofunc, nullptr);
   Py_RETURN_NONE;
 }
 
@@ -68,7 +69,7 @@ PyObject *Task_remove_InfoCallback(PyObject *self, PyObject *) {
 // discarded; for a Task it stays pending for the running method to raise.
 template <bool KeepError>
 static void forward(PyObject *const &field, const char *text) {
-  if (field == nullptr) return;  // no callable: no lock
+  if (peek(field) == nullptr) return;  // no callable: no lock
   PyGILState_STATE state = PyGILState_Ensure();
   PyObject *func = field;
   // After a callable raised, later lines are dropped: the first exception is
@@ -124,7 +125,7 @@ static PyObject *info_list(const T *values, int n, Make make) {
 qrn_int32 QRN_CALL callback_trampoline(qrn_task_t, void *handle, qrn_int32 caller, const qrn_real *douinf,
                                        const qrn_int32 *intinf, const qrn_int64 *lintinf) {
   auto *self = static_cast<TaskObject *>(handle);
-  if (self->progressfunc == nullptr && self->infofunc == nullptr) return 0;
+  if (peek(self->progressfunc) == nullptr && peek(self->infofunc) == nullptr) return 0;
   PyGILState_STATE state = PyGILState_Ensure();
   bool stop = PyErr_Occurred() != nullptr;  // an earlier callable raised: keep asking to stop
   if (self->progressfunc != nullptr && !stop) {
@@ -188,7 +189,12 @@ PyObject *Task_writedatastream(PyObject *self, PyObject *args) {
   int dformat, compress;
   PyObject *stream;
   if (!PyArg_ParseTuple(args, "iiO", &dformat, &compress, &stream)) return nullptr;
-  qrn_rescode r = QRN_writedatahandle(task_handle(self), write_trampoline, stream, dformat, compress);
+  qrn_rescode r;
+  {
+    void *task = nullptr;
+    CallScope scope(self, task);  // the write callable may dispose the task
+    r = QRN_writedatahandle(static_cast<qrn_task_t>(task), write_trampoline, stream, dformat, compress);
+  }
   if (PyErr_Occurred()) return nullptr;
   return PyLong_FromLong(r);
 }

@@ -29,7 +29,13 @@ that needs VAR (before every one with `each`); `?T` in ARGS stands for an
 output that is discarded and `@` for the position of VAR (last if absent).
 
 Other keys: `static = true` (no handle), `handwritten = true` (the family's
-.cpp file defines the method; only its declaration and table entry are made).
+.cpp file defines the method; only its declaration and table entry are made),
+and `slice = "VAR: T = FUNC()"` for a function with `first`/`last` slice
+arguments and outputs sized by the slice: the allocating variant asks FUNC for
+the number of items before it grows any bytearray, and a slice that cannot lie
+inside 0..VAR goes to the library with no output arrays, so that it is refused
+with the library's own response code without costing memory. Every
+allocating slice reader must have it.
 """
 
 from __future__ import annotations
@@ -80,6 +86,7 @@ class Function:
     methods: list[str]
     static: bool = False
     handwritten: bool = False
+    slice: Query | None = None
     groups: list[tuple[str, list[str]]] = field(default_factory=list)  # (size var, views)
 
 
@@ -154,13 +161,14 @@ def load(path: Path, owner: str) -> list[Function]:
     out = []
     for name, d in data.items():
         where = f"{path.name}:{name}"
-        unknown = set(d) - {"methods", "args", "queries", "static", "handwritten"}
+        unknown = set(d) - {"methods", "args", "queries", "static", "handwritten", "slice"}
         if unknown:
             raise DescriptionError(f"{where}: unknown keys {sorted(unknown)}")
         params = [parse_param(a, where) for a in d.get("args", [])]
         queries = {q.var: q for q in (parse_query(t, where) for t in d.get("queries", []))}
         fn = Function(name, family, owner, params, queries, list(d["methods"]),
-                      d.get("static", False), d.get("handwritten", False))
+                      d.get("static", False), d.get("handwritten", False),
+                      parse_query(d["slice"], where) if "slice" in d else None)
         check(fn, where)
         out.append(fn)
     return out
@@ -232,6 +240,11 @@ def check(fn: Function, where: str) -> None:
         for n in expr_names(p.expr):
             if n not in known:
                 raise DescriptionError(f"{where}: {p.name}: unknown name {n!r} in [{p.expr}]")
+    sliced = any(p.kind in ("out", "outenum") and re.search(r"\blast\s*-\s*first\b", p.expr) for p in fn.params)
+    if sliced and has_outputs(fn) and fn.slice is None:
+        raise DescriptionError(f"{where}: an allocating slice reader needs `slice = \"n: i32 = getnumX()\"`")
+    if fn.slice is not None and (not sliced or fn.slice.args):
+        raise DescriptionError(f"{where}: `slice` needs outputs sized by last - first and a query without arguments")
     for q in fn.queries.values():
         for a in q.args:
             if a not in ("@",) and not a.startswith("?") and a not in known:
@@ -292,18 +305,17 @@ class Emitter:
             self.w(f"if (!f.call([&] {{ return QRN_{q.func}({call}); }})) return f.stop();")
 
     def handle(self) -> str:
-        return "task" if self.fn.owner == "Task" else "env"
+        # Read by the frame for each library call: a callable that disposed the
+        # object during an earlier call leaves a null handle for the next one.
+        return "f.task()" if self.fn.owner == "Task" else "f.env()"
 
     def emit(self) -> str:
         fn = self.fn
         sig_args = "args" if fmt_letters(fn) else ""
         self.lines.append(f"PyObject *{fn.owner}_{self.method}(PyObject *{'' if fn.static else 'self'}, "
                           f"PyObject *{sig_args}) {{")
-        if not fn.static:
-            getter = "task_handle" if fn.owner == "Task" else "env_handle"
-            self.w(f"{'qrn_task_t' if fn.owner == 'Task' else 'qrn_env_t'} {self.handle()} = {getter}(self);")
         self.parse()
-        self.w("Frame f;")
+        self.w("Frame f;" if fn.static else "Frame f(self);")
         self.arrays()
         self.main_call()
         self.lines.append("}")
@@ -380,6 +392,23 @@ class Emitter:
         for p in fn.params:
             if self.is_bytearray(p) and p.kind in ("text", "outenum"):
                 self.w(f"if (!f.bytearray(o_{p.name}, QRN_ARG({p.name}))) return nullptr;")
+        # 3a. a slice the library will refuse must not grow any bytearray first
+        if fn.slice is not None and self.alloc:
+            # the outputs that the frame reaches before any count query keep
+            # their place: their type is tested first
+            for p in fn.params:
+                if not self.is_bytearray(p):
+                    continue
+                if self.query_vars(p.expr):
+                    break
+                if p.kind not in ("text", "outenum"):
+                    self.w(f"if (!f.bytearray(o_{p.name}, QRN_ARG({p.name}))) return nullptr;")
+            q = fn.slice
+            self.w(f"{CTYPE[q.type]} {q.var} = 0;")
+            self.w(f"if (!f.call([&] {{ return QRN_{q.func}({self.handle()}, &{q.var}); }})) return f.stop();")
+            self.w(f"if (!Frame::inside(first, last, {q.var})) {{")
+            self.w(f"  if (!f.call([&] {{ return {self.library_call(nulls=True)}; }})) return f.stop();")
+            self.w("}")
         # 4. count queries, outputs and query-sized inputs, in argument order
         for p in fn.params:
             if p.kind == "size" and p.name in self.sizes_late:
@@ -407,17 +436,16 @@ class Emitter:
         expr = re.sub(r"group\([^)]*\)", f"{p.name}_n", p.expr)
         self.w(f"const {CTYPE[p.type]} {p.name} = static_cast<{CTYPE[p.type]}>({self.cexpr(expr)});")
 
-    def main_call(self) -> None:
+    def library_call(self, nulls: bool = False) -> str:
+        """The wrapped function's call; with nulls, no output arrays and no scalar outputs."""
         fn = self.fn
-        rets = [p for p in fn.params if p.kind == "ret"]
-        for p in rets:
-            if p.type == "task":
-                self.w(f"qrn_task_t {p.name} = nullptr;")
-            else:
-                self.w(f"{CTYPE[p.type]} {p.name} = 0;")
         args = [] if fn.static else [self.handle()]
         for p in fn.params:
-            if p.kind in ("in", "enum", "out", "outenum", "text"):
+            if nulls and p.kind in ("out", "outenum", "text", "ret"):
+                args.append("nullptr")
+            elif nulls and p.name in self.sizes_late:
+                args.append("0")
+            elif p.kind in ("in", "enum", "out", "outenum", "text"):
                 args.append(f"{p.name}.as<{'char' if p.type == 'u8' else CTYPE[p.type]}>()")
             elif p.kind == "ret":
                 args.append(f"&{p.name}")
@@ -427,7 +455,17 @@ class Emitter:
                 args.append(f"{p.name}.handles")
             else:
                 args.append(p.name)
-        self.w(f"if (!f.call([&] {{ return QRN_{fn.name}({', '.join(args)}); }})) return f.stop();")
+        return f"QRN_{fn.name}({', '.join(args)})"
+
+    def main_call(self) -> None:
+        fn = self.fn
+        rets = [p for p in fn.params if p.kind == "ret"]
+        for p in rets:
+            if p.type == "task":
+                self.w(f"qrn_task_t {p.name} = nullptr;")
+            else:
+                self.w(f"{CTYPE[p.type]} {p.name} = 0;")
+        self.w(f"if (!f.call([&] {{ return {self.library_call()}; }})) return f.stop();")
         if not rets:
             self.w("return Frame::none();")
             return
