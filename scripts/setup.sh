@@ -15,7 +15,7 @@ QRN_LOG="$QRN_ROOT/build/setup.log"
 
 QRN_DEBIAN_PACKAGES=(g++ pkg-config coinor-libclp-dev coinor-libcbc-dev libopenblas-dev liblapacke-dev
                      libsuitesparse-dev nlohmann-json3-dev zlib1g-dev)
-QRN_PIP_TOOLS=("scikit-build-core>=0.8" "cmake>=3.18" ninja pytest numpy)
+QRN_PIP_TOOLS=("scikit-build-core>=0.8" "cmake>=3.18" ninja)
 
 step() { printf 'setup: %s\n' "$*"; }
 die() {
@@ -110,11 +110,11 @@ make_venv() {
 }
 
 install_tools() {
-  if "$QRN_PY" -c 'import scikit_build_core, cmake, ninja, pytest, numpy' >/dev/null 2>&1; then
+  if "$QRN_PY" -c 'import scikit_build_core, cmake, ninja' >/dev/null 2>&1; then
     step "build and test tools present"
     return
   fi
-  step "installing ${QRN_PIP_TOOLS[*]}"
+  step "installing build tools ${QRN_PIP_TOOLS[*]}"
   logged "$QRN_PY" -m pip install -q --upgrade pip
   logged "$QRN_PY" -m pip install -q "${QRN_PIP_TOOLS[@]}"
 }
@@ -129,6 +129,16 @@ install_project() {
   found="$(cd / && "$QRN_PY" -c 'import importlib.util as u; print(u.find_spec("_qrn").origin)' 2>/dev/null)" ||
     die "_qrn was not installed (see ${QRN_LOG#"$QRN_ROOT"/})"
   step "installed ${found#"$QRN_VENV"/}"
+}
+
+# Installs the packages of an optional-dependencies group of pyproject.toml (the
+# "test" group for scripts/test.sh); pip does nothing when they are present.
+install_extra() {
+  local reqs
+  reqs="$("$QRN_PY" -c 'import sys, tomllib; print("\n".join(tomllib.load(open(sys.argv[1], "rb"))["project"]["optional-dependencies"][sys.argv[2]]))' "$QRN_ROOT/pyproject.toml" "$1")"
+  step "making sure the $1 packages are installed: $(echo $reqs)"
+  # shellcheck disable=SC2086
+  logged "$QRN_PY" -m pip install -q $reqs
 }
 
 mkdir -p "$QRN_ROOT/build"

@@ -4,6 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$QRN_ROOT"
+install_extra test
 
 status=0
 report() { printf 'test: %s\n' "$*"; }

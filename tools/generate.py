@@ -554,6 +554,32 @@ def emit_tables(task_fns: list[Function], env_fns: list[Function]) -> str:
 
 # ---- type stub -------------------------------------------------------------------
 
+ELEMENT = {"i32": "int32", "i64": "int64", "f64": "float64", "u8": "bytes"}
+
+
+def stub_arrays(fn: Function, alloc: bool) -> list[str]:
+    """One line per array argument: element type, length, and whether the library reads or writes it."""
+    lines = []
+    for p in fn.params:
+        if p.kind not in ARRAYS:
+            continue
+        length = f"{p.expr} elements" if p.expr else ""
+        if p.kind == "strlist":
+            lines.append(f"{p.name}, {p.name}_text: offsets (int64) into NUL-terminated UTF-8 texts, read")
+        elif p.kind == "tasks":
+            lines.append(f"{p.name}: list of Task, read")
+        elif p.kind == "text":
+            lines.append(f"{p.name}: UTF-8 text, NUL-terminated, written into the resized bytearray")
+        elif p.kind in ("out", "outenum"):
+            kind = "enum codes (int32)" if p.kind == "outenum" else ELEMENT[p.type]
+            where = "written into the bytearray, resized to" if alloc else "written, view of exactly"
+            lines.append(f"{p.name}: {kind}, {where} {length or 'the reported count'}")
+        else:
+            kind = "enum codes (int32)" if p.kind == "enum" else ELEMENT[p.type]
+            lines.append(f"{p.name}: {kind}, read" + (f", {length}" if length else ""))
+    return lines
+
+
 def stub_signature(fn: Function, alloc: bool) -> str:
     args = []
     for p in fn.params:
@@ -572,7 +598,12 @@ def stub_signature(fn: Function, alloc: bool) -> str:
     if payload != "None":
         payload += " | None"
     params = ", ".join((["self"] if not fn.static else []) + args + (["/"] if args else []))
-    return f"def {{name}}({params}) -> tuple[int, {payload}]: ..."
+    head = f"def {{name}}({params}) -> tuple[int, {payload}]:"
+    doc = stub_arrays(fn, alloc)
+    if not doc:
+        return head + " ..."
+    body = "\n        ".join([f"QRN_{fn.name}. Arrays:"] + doc)
+    return head + f'\n        """{body}\n        """'
 
 
 def emit_stub(task_fns: list[Function], env_fns: list[Function]) -> str:
@@ -591,7 +622,7 @@ def emit_stub(task_fns: list[Function], env_fns: list[Function]) -> str:
                 if m in fn.methods:
                     if fn.static:
                         rows.append("    @staticmethod")
-                    rows.append("    " + stub_signature(fn, alloc).format(name=m))
+                    rows.append("    " + stub_signature(fn, alloc).replace("{name}", m))
         return rows
 
     out += methods(env_fns)
