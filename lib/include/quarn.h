@@ -1205,10 +1205,11 @@ QRN_API qrn_rescode QRN_CALL QRN_setdefaults(qrn_task_t task);
    Problem changes. A stored solution describes the problem as it was when it
    was stored. Appending constraints, variables or cones keeps every defined
    solution, extended with keys QRN_SK_UNKNOWN and values 0 for the new items;
-   removing items drops their entries and renumbers the rest. Both set the
-   solution's statuses to unknown (the vectors are kept, e.g. as a starting
-   point). Other changes (coefficients, bounds, objective) leave solutions and
-   statuses untouched until the next optimization. Whatever is computed from
+   removing constraints, variables or cones drops their entries and renumbers
+   the rest. Appending or removing constraints or variables, and removing
+   cones, set the solution's statuses to unknown (the vectors are kept, e.g.
+   as a starting point). Other changes (coefficients, bounds, objective, new
+   cones) leave the statuses untouched until the next optimization. Whatever is computed from
    a solution (objective values, violations, norms, summaries, reduced costs)
    always uses the task's current data.
 
