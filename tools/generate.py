@@ -14,9 +14,13 @@ A description file holds one table per library function:
     NAME: size T EXPR            a number the method computes and passes
     NAME: in T [EXPR]            input view (T: i32 i64 f64 u8); optional required length
     NAME: enum [EXPR]            enum array (4-byte codes); a required length makes it mandatory
+    NAME: optenum [EXPR]         enum array with a required length that may be None
     NAME: out T [EXPR]           output array: a view in the in-place variant,
                                  a bytearray in the allocating one
     NAME: outenum [EXPR]         output enum array
+    NAME: inbuf T [EXPR]         input array: a view of length EXPR (or None) in the first
+                                 variant, a bytearray resized to EXPR elements (keeping its
+                                 leading bytes) in the second
     NAME: text [EXPR]            text output (always a bytearray)
     NAME: strlist                string list, passed as two views (offsets, bytes)
     NAME: tasks                  list of Task objects
@@ -34,8 +38,9 @@ and `slice = "VAR: T = FUNC()"` for a function with `first`/`last` slice
 arguments and outputs sized by the slice: the allocating variant asks FUNC for
 the number of items before it grows any bytearray, and a slice that cannot lie
 inside 0..VAR goes to the library with no output arrays, so that it is refused
-with the library's own response code without costing memory. Every
-allocating slice reader must have it.
+with the library's own response code without costing memory. A list of such
+queries bounds the slice by the largest (for a reader whose kind of item is an
+argument). Every allocating slice reader must have it.
 """
 
 from __future__ import annotations
@@ -52,7 +57,8 @@ WIDTH = {"i32": 4, "i64": 8, "f64": 8, "u8": 1}
 SCALAR = {"i": ("int", "qrn_int32", "int"), "L": ("long long", "qrn_int64", "int"),
           "d": ("double", "qrn_real", "float"), "s": ("const char *", "const char *", "str")}
 PAYLOAD = {"i32": ("i", "int"), "i64": ("L", "int"), "f64": ("d", "float"), "task": ("N", "Task")}
-ARRAYS = {"in", "enum", "out", "outenum", "text", "strlist", "tasks"}
+ARRAYS = {"in", "enum", "optenum", "inbuf", "out", "outenum", "text", "strlist", "tasks"}
+BUFFERS = ("in", "enum", "optenum", "inbuf", "out", "outenum", "text")  # one Arr each
 
 
 class DescriptionError(Exception):
@@ -62,7 +68,7 @@ class DescriptionError(Exception):
 @dataclass
 class Param:
     name: str
-    kind: str            # i L d s ret size in enum out outenum text strlist tasks
+    kind: str            # i L d s ret size in enum optenum inbuf out outenum text strlist tasks
     type: str = ""       # element or value type
     expr: str = ""       # required length or size expression
 
@@ -86,7 +92,7 @@ class Function:
     methods: list[str]
     static: bool = False
     handwritten: bool = False
-    slice: Query | None = None
+    slice: list[Query] = field(default_factory=list)
     groups: list[tuple[str, list[str]]] = field(default_factory=list)  # (size var, views)
 
 
@@ -115,19 +121,19 @@ def parse_param(text: str, where: str) -> Param:
         p.expr = p.expr.strip()
         if p.type not in ("i32", "i64") or not p.expr:
             raise DescriptionError(f"{where}: {name}: size needs i32|i64 and an expression")
-    elif kind in ("in", "out"):
+    elif kind in ("in", "out", "inbuf"):
         t, _, length = tail.partition(" ")
         p.type = t
         if t not in WIDTH:
             raise DescriptionError(f"{where}: {name}: unknown element type {t!r}")
         p.expr = unbracket(length, where, name)
-        if kind == "out" and not p.expr:
+        if kind in ("out", "inbuf") and not p.expr:
             raise DescriptionError(f"{where}: {name}: an output needs its length")
-    elif kind in ("enum", "outenum", "text"):
+    elif kind in ("enum", "optenum", "outenum", "text"):
         p.type = "i32" if kind != "text" else "u8"
         p.expr = unbracket(tail, where, name)
         if kind != "enum" and not p.expr:
-            raise DescriptionError(f"{where}: {name}: an output needs its length")
+            raise DescriptionError(f"{where}: {name}: {kind} needs its length")
     elif kind in ("strlist", "tasks"):
         if tail:
             raise DescriptionError(f"{where}: {name}: {kind} takes nothing more")
@@ -168,7 +174,8 @@ def load(path: Path, owner: str) -> list[Function]:
         queries = {q.var: q for q in (parse_query(t, where) for t in d.get("queries", []))}
         fn = Function(name, family, owner, params, queries, list(d["methods"]),
                       d.get("static", False), d.get("handwritten", False),
-                      parse_query(d["slice"], where) if "slice" in d else None)
+                      [parse_query(q, where) for q in ([d["slice"]] if isinstance(d.get("slice"), str)
+                                                       else d.get("slice", []))])
         check(fn, where)
         out.append(fn)
     return out
@@ -189,7 +196,8 @@ def fmt_letters(fn: Function) -> str:
 
 
 def has_outputs(fn: Function) -> bool:
-    return any(p.kind in ("out", "outenum") for p in fn.params)
+    """True when the function has an in-place and an allocating variant."""
+    return any(p.kind in ("out", "outenum", "inbuf") for p in fn.params)
 
 
 def variants(fn: Function) -> dict[str, bool]:
@@ -197,7 +205,7 @@ def variants(fn: Function) -> dict[str, bool]:
     letters = fmt_letters(fn)
     base = (0 if fn.static else 1) + len(letters) - sum(p.kind == "strlist" for p in fn.params)
     texts = sum(p.kind == "text" for p in fn.params)
-    outs = sum(p.kind in ("out", "outenum") for p in fn.params)
+    outs = sum(p.kind in ("out", "outenum", "inbuf") for p in fn.params)
     names = {}
     if has_outputs(fn):
         names[f"{fn.name}_{letters}_{base - texts}"] = False
@@ -241,10 +249,10 @@ def check(fn: Function, where: str) -> None:
             if n not in known:
                 raise DescriptionError(f"{where}: {p.name}: unknown name {n!r} in [{p.expr}]")
     sliced = any(p.kind in ("out", "outenum") and re.search(r"\blast\s*-\s*first\b", p.expr) for p in fn.params)
-    if sliced and has_outputs(fn) and fn.slice is None:
+    if sliced and has_outputs(fn) and not fn.slice:
         raise DescriptionError(f"{where}: an allocating slice reader needs `slice = \"n: i32 = getnumX()\"`")
-    if fn.slice is not None and (not sliced or fn.slice.args):
-        raise DescriptionError(f"{where}: `slice` needs outputs sized by last - first and a query without arguments")
+    if fn.slice and (not sliced or any(q.args for q in fn.slice)):
+        raise DescriptionError(f"{where}: `slice` needs outputs sized by last - first and queries without arguments")
     for q in fn.queries.values():
         for a in q.args:
             if a not in ("@",) and not a.startswith("?") and a not in known:
@@ -340,14 +348,17 @@ class Emitter:
             self.w(f'if (!PyArg_ParseTuple(args, "{letters}", {", ".join(targets)})) return nullptr;')
 
     def is_view(self, p: Param) -> bool:
-        return p.kind in ("in", "enum") or (p.kind in ("out", "outenum") and not self.alloc)
+        return p.kind in ("in", "enum", "optenum") or (p.kind in ("out", "outenum", "inbuf") and not self.alloc)
+
+    def is_input_view(self, p: Param) -> bool:
+        return p.kind in ("in", "enum", "optenum") or (p.kind == "inbuf" and not self.alloc)
 
     def is_bytearray(self, p: Param) -> bool:
-        return p.kind == "text" or (p.kind in ("out", "outenum") and self.alloc)
+        return p.kind == "text" or (p.kind in ("out", "outenum", "inbuf") and self.alloc)
 
     def arrays(self) -> None:
         fn = self.fn
-        arrs = [p for p in fn.params if p.kind in ("in", "enum", "out", "outenum", "text")]
+        arrs = [p for p in fn.params if p.kind in BUFFERS]
         if arrs:
             self.w(f"Arr {', '.join(p.name for p in arrs)};")
         for p in fn.params:
@@ -384,7 +395,7 @@ class Emitter:
         for a, b in reaches:
             self.w(f"const Py_ssize_t reach_{a}_{b} = Frame::extent({a}, {b});")
         for p in fn.params:
-            if p.kind in ("in", "enum") and p.expr and not self.query_vars(p.expr):
+            if self.is_input_view(p) and p.expr and not self.query_vars(p.expr):
                 self.length_check(p)
         if fn.groups:
             self.w("if (!f.checked()) return nullptr;")
@@ -393,7 +404,7 @@ class Emitter:
             if self.is_bytearray(p) and p.kind in ("text", "outenum"):
                 self.w(f"if (!f.bytearray(o_{p.name}, QRN_ARG({p.name}))) return nullptr;")
         # 3a. a slice the library will refuse must not grow any bytearray first
-        if fn.slice is not None and self.alloc:
+        if fn.slice and self.alloc:
             # the outputs that the frame reaches before any count query keep
             # their place: their type is tested first
             for p in fn.params:
@@ -403,10 +414,13 @@ class Emitter:
                     break
                 if p.kind not in ("text", "outenum"):
                     self.w(f"if (!f.bytearray(o_{p.name}, QRN_ARG({p.name}))) return nullptr;")
-            q = fn.slice
-            self.w(f"{CTYPE[q.type]} {q.var} = 0;")
-            self.w(f"if (!f.call([&] {{ return QRN_{q.func}({self.handle()}, &{q.var}); }})) return f.stop();")
-            self.w(f"if (!Frame::inside(first, last, {q.var})) {{")
+            for q in fn.slice:
+                self.w(f"{CTYPE[q.type]} {q.var} = 0;")
+                self.w(f"if (!f.call([&] {{ return QRN_{q.func}({self.handle()}, &{q.var}); }})) return f.stop();")
+            bound = fn.slice[0].var
+            for q in fn.slice[1:]:
+                bound = f"std::max<long long>({bound}, {q.var})"
+            self.w(f"if (!Frame::inside(first, last, {bound})) {{")
             self.w(f"  if (!f.call([&] {{ return {self.library_call(nulls=True)}; }})) return f.stop();")
             self.w("}")
         # 4. count queries, outputs and query-sized inputs, in argument order
@@ -419,7 +433,7 @@ class Emitter:
                 bytewise = ", true" if p.kind in ("text", "outenum") else ""
                 self.w(f"if (!f.alloc(o_{p.name}, {self.cexpr(p.expr)}, {WIDTH[p.type]}, QRN_ARG({p.name}), "
                        f"{p.name}{bytewise})) return nullptr;")
-            elif p.kind in ("out", "outenum") or (p.kind in ("in", "enum") and self.query_vars(p.expr)):
+            elif p.kind in ("out", "outenum") or (self.is_input_view(p) and self.query_vars(p.expr)):
                 self.fire(p.expr)
                 self.length_check(p)
 
@@ -429,6 +443,9 @@ class Emitter:
             self.w(f'if (!f.at_least({p.name}, {need}, "Array is too short in argument {p.name}")) return nullptr;')
         elif p.kind in ("enum", "outenum"):
             self.w(f"if (!f.required_enum({p.name}, {need}, QRN_ARG({p.name}))) return nullptr;")
+        elif p.kind == "optenum":
+            self.w(f"if ({p.name}.given() && !f.required_enum({p.name}, {need}, QRN_ARG({p.name}))) "
+                   "return nullptr;")
         else:
             self.w(f'if (!f.length({p.name}, {need}, "Array is too short in argument {p.name}")) return nullptr;')
 
@@ -445,7 +462,7 @@ class Emitter:
                 args.append("nullptr")
             elif nulls and p.name in self.sizes_late:
                 args.append("0")
-            elif p.kind in ("in", "enum", "out", "outenum", "text"):
+            elif p.kind in BUFFERS:
                 args.append(f"{p.name}.as<{'char' if p.type == 'u8' else CTYPE[p.type]}>()")
             elif p.kind == "ret":
                 args.append(f"&{p.name}")
@@ -589,7 +606,7 @@ def stub_signature(fn: Function, alloc: bool) -> str:
             args += [f"{p.name}: memoryview | None", f"{p.name}_text: memoryview | None"]
         elif p.kind == "tasks":
             args.append(f"{p.name}: list[Task] | None")
-        elif p.kind == "text" or (alloc and p.kind in ("out", "outenum")):
+        elif p.kind == "text" or (alloc and p.kind in ("out", "outenum", "inbuf")):
             args.append(f"{p.name}: bytearray")
         elif p.kind in ARRAYS:
             args.append(f"{p.name}: memoryview | None")

@@ -113,7 +113,11 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.") \
   X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")        \
   X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")               \
-  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")
+  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")          \
+  X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.") \
+  X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                      \
+  X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")   \
+  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.")
 
 enum qrn_rescode_e {
 #define QRN_X_ENUM(name, value, text) name = value,
@@ -186,16 +190,19 @@ enum qrn_conetype_e {
   QRN_CONE_RQUAD = 1
 };
 
-/* ---- solution status keys (QRN_strtosk) ------------------------------------ */
+/* ---- solution status keys (QRN_strtosk) ------------------------------------
+ * One key per constraint (skc), variable (skx) and cone (skn) of a solution,
+ * saying where the item stands: */
 enum qrn_stakey_e {
-  QRN_SK_UNKNOWN = 0,
-  QRN_SK_BASIS = 1,
-  QRN_SK_SUPER_BASIC = 2,
-  QRN_SK_AT_LOWER = 3,
-  QRN_SK_AT_UPPER = 4,
-  QRN_SK_FIXED = 5,
-  QRN_SK_INFEASIBLE = 6
+  QRN_SK_UNKNOWN = 0,     /* nothing known (new items; entries a writer defined) */
+  QRN_SK_BASIS = 1,       /* basic: in the basis of a basic solution */
+  QRN_SK_SUPER_BASIC = 2, /* non-basic strictly between its bounds (free items included) */
+  QRN_SK_AT_LOWER = 3,    /* at its lower bound */
+  QRN_SK_AT_UPPER = 4,    /* at its upper bound */
+  QRN_SK_FIXED = 5,       /* at the common value of a fixed item's bounds */
+  QRN_SK_INFEASIBLE = 6   /* outside its bounds */
 };
+#define QRN_SK_COUNT 7
 
 /* ---- problem types (QRN_getprobtype) -------------------------------------- */
 enum qrn_probtype_e {
@@ -206,9 +213,13 @@ enum qrn_probtype_e {
 };
 
 /* ---- solutions -------------------------------------------------------------
- * A task keeps one solution per identifier. The interior solution comes from
- * an interior-point run, the basic solution from a simplex run or crossover,
- * the integer solution from the mixed-integer search. */
+ * A task keeps one solution per identifier (whichsol). The interior solution
+ * comes from an interior-point run, the basic solution from a simplex run or
+ * crossover, the integer solution from the mixed-integer search (it has no
+ * dual values: its dual vectors hold zeros unless a writer put others).
+ * Any other whichsol is refused with QRN_RES_ERR_SOL_WHICH. The meaning of a
+ * solution's vectors and of the quantities computed from it is given with
+ * the solution functions ("Solutions" below). */
 enum qrn_soltype_e {
   QRN_SOL_ITR = 0, /* interior solution */
   QRN_SOL_BAS = 1, /* basic solution */
@@ -216,32 +227,45 @@ enum qrn_soltype_e {
 };
 #define QRN_SOL_COUNT 3
 
-/* What is known about the problem when a solution is reported. */
+/* What is known about the problem when a solution is stored. */
 enum qrn_prosta_e {
-  QRN_PRO_STA_UNKNOWN = 0,
-  QRN_PRO_STA_PRIM_AND_DUAL_FEAS = 1,
-  QRN_PRO_STA_PRIM_FEAS = 2,
-  QRN_PRO_STA_DUAL_FEAS = 3,
-  QRN_PRO_STA_PRIM_INFEAS = 4,           /* the solution holds a primal infeasibility certificate */
-  QRN_PRO_STA_DUAL_INFEAS = 5,           /* the solution holds a dual infeasibility certificate (a ray) */
-  QRN_PRO_STA_PRIM_AND_DUAL_INFEAS = 6,
-  QRN_PRO_STA_ILL_POSED = 7,
-  QRN_PRO_STA_PRIM_INFEAS_OR_UNBOUNDED = 8
+  QRN_PRO_STA_UNKNOWN = 0,               /* nothing known (also: a writer changed the solution) */
+  QRN_PRO_STA_PRIM_AND_DUAL_FEAS = 1,    /* both the problem and its dual are feasible */
+  QRN_PRO_STA_PRIM_FEAS = 2,             /* the problem is feasible */
+  QRN_PRO_STA_DUAL_FEAS = 3,             /* the dual problem is feasible */
+  QRN_PRO_STA_PRIM_INFEAS = 4,           /* infeasible: the solution holds a primal infeasibility certificate */
+  QRN_PRO_STA_DUAL_INFEAS = 5,           /* dual infeasible (unbounded if feasible): the solution holds a ray */
+  QRN_PRO_STA_PRIM_AND_DUAL_INFEAS = 6,  /* neither the problem nor its dual is feasible */
+  QRN_PRO_STA_ILL_POSED = 7,             /* feasibility changes under arbitrarily small perturbations */
+  QRN_PRO_STA_PRIM_INFEAS_OR_UNBOUNDED = 8 /* infeasible or unbounded, not told apart (mixed-integer) */
 };
 
 /* What a solution is. */
 enum qrn_solsta_e {
-  QRN_SOL_STA_UNKNOWN = 0,
-  QRN_SOL_STA_OPTIMAL = 1,
-  QRN_SOL_STA_PRIM_FEAS = 2,
-  QRN_SOL_STA_DUAL_FEAS = 3,
-  QRN_SOL_STA_PRIM_AND_DUAL_FEAS = 4,
+  QRN_SOL_STA_UNKNOWN = 0,         /* nothing known (stopped early, or given by a writer) */
+  QRN_SOL_STA_OPTIMAL = 1,         /* primal and dual feasible with a zero gap, within tolerances */
+  QRN_SOL_STA_PRIM_FEAS = 2,       /* the primal part is feasible */
+  QRN_SOL_STA_DUAL_FEAS = 3,       /* the dual part is feasible */
+  QRN_SOL_STA_PRIM_AND_DUAL_FEAS = 4, /* both parts feasible, gap not closed */
   QRN_SOL_STA_PRIM_INFEAS_CER = 5, /* y, slc, suc, slx, sux, snx form a Farkas certificate */
   QRN_SOL_STA_DUAL_INFEAS_CER = 6, /* xx, xc form a primal ray of improving objective */
-  QRN_SOL_STA_PRIM_ILLPOSED_CER = 7,
-  QRN_SOL_STA_DUAL_ILLPOSED_CER = 8,
-  QRN_SOL_STA_INTEGER_OPTIMAL = 9
+  QRN_SOL_STA_PRIM_ILLPOSED_CER = 7, /* the dual vectors certify primal ill-posedness */
+  QRN_SOL_STA_DUAL_ILLPOSED_CER = 8, /* the primal vectors certify dual ill-posedness */
+  QRN_SOL_STA_INTEGER_OPTIMAL = 9  /* integer solution optimal within the gap tolerances */
 };
+
+/* Solution items of QRN_getsolutionslice: one vector of a solution. */
+enum qrn_solitem_e {
+  QRN_SOL_ITEM_XC = 0,  /* constraint activities, numcon entries */
+  QRN_SOL_ITEM_XX = 1,  /* variable values, numvar entries */
+  QRN_SOL_ITEM_Y = 2,   /* constraint duals, numcon */
+  QRN_SOL_ITEM_SLC = 3, /* duals of constraint lower bounds, numcon */
+  QRN_SOL_ITEM_SUC = 4, /* duals of constraint upper bounds, numcon */
+  QRN_SOL_ITEM_SLX = 5, /* duals of variable lower bounds, numvar */
+  QRN_SOL_ITEM_SUX = 6, /* duals of variable upper bounds, numvar */
+  QRN_SOL_ITEM_SNX = 7  /* duals of cone memberships, numvar */
+};
+#define QRN_SOL_ITEM_COUNT 8
 
 /* ---- parameter kinds (QRN_getnumparam) ------------------------------------ */
 enum qrn_parametertype_e {
@@ -1140,6 +1164,236 @@ QRN_API qrn_rescode QRN_CALL QRN_strtoconetype(qrn_task_t task, const char *str,
 QRN_API qrn_rescode QRN_CALL QRN_strtosk(qrn_task_t task, const char *str, qrn_int32 *sk);
 /* Sets every parameter to its default. */
 QRN_API qrn_rescode QRN_CALL QRN_setdefaults(qrn_task_t task);
+
+/* ======================================================================= */
+/* Solutions                                                               */
+/* ======================================================================= */
+/* The vectors of a solution (whichsol, qrn_soltype_e):
+     skc, xc, y, slc, suc  one entry per constraint   (numcon)
+     skx, xx, slx, sux, snx  one entry per variable   (numvar)
+     skn                   one entry per cone         (numcone)
+   xx are the variable values and xc the constraint activities,
+   xc_i = sum_j a_ij xx_j + 1/2 xx'Q_i xx. The dual values follow the
+   Lagrangian of the problem
+     minimize or maximize  c'x + cfix + 1/2 x'Qx
+     subject to  lc <= Ax + 1/2 (x'Q_i x)_i <= uc,  lx <= x <= ux,  x in cones,
+   with y = slc - suc and the stationarity condition (both senses)
+     c + Qx - A'y - sum_i y_i Q_i x - slx + sux - snx = 0.
+   Dual feasibility: for minimization slc, suc, slx, sux >= 0 and snx in the
+   dual cone of each cone (the scalar cones are self-dual); for maximization
+   the same with the signs reversed (<= 0, -snx in the dual cone). A dual
+   value of an infinite bound must be 0, and snx is 0 outside the cones.
+   A primal infeasibility certificate (QRN_SOL_STA_PRIM_INFEAS_CER) satisfies
+   the same with c, Q and cfix taken as 0 and a positive dual objective; a
+   dual infeasibility certificate (QRN_SOL_STA_DUAL_INFEAS_CER) is a ray
+   whose constraints hold with every finite bound taken as 0 and with
+   c'x < 0 (minimization) or > 0 (maximization).
+
+   Defined solutions. A solution is defined once the optimizer or a writer
+   stored it (QRN_solutiondef); QRN_deletesolution makes it undefined. Every
+   reader of an undefined solution is refused with QRN_RES_ERR_SOL_UNDEFINED.
+   A writer (QRN_putsolution, QRN_putxc, QRN_putxcslice, QRN_putskc,
+   QRN_putconsolutioni, QRN_putsolutionyi and the others) first defines an
+   undefined solution with every key QRN_SK_UNKNOWN and every value 0, then
+   stores what it is given. Every writer sets the solution's problem and
+   solution statuses to QRN_PRO_STA_UNKNOWN and QRN_SOL_STA_UNKNOWN: the
+   library cannot vouch for values it did not compute. Keys must be
+   qrn_stakey_e values (QRN_RES_ERR_SOL_KEY) and values must not be NaN
+   (QRN_RES_ERR_VALUE_NAN); everything is checked before anything changes.
+   In QRN_putsolution a null array leaves that vector as it is.
+
+   Problem changes. A stored solution describes the problem as it was when it
+   was stored. Appending constraints, variables or cones keeps every defined
+   solution, extended with keys QRN_SK_UNKNOWN and values 0 for the new items;
+   removing constraints, variables or cones drops their entries and renumbers
+   the rest. Appending or removing constraints or variables, and removing
+   cones, set the solution's statuses to unknown (the vectors are kept, e.g.
+   as a starting point). Other changes (coefficients, bounds, objective, new
+   cones) leave the statuses untouched until the next optimization. Whatever is computed from
+   a solution (objective values, violations, norms, summaries, reduced costs)
+   always uses the task's current data.
+
+   Objective values: primal c'xx + cfix + 1/2 xx'Q xx; dual (the Lagrangian
+   at the solution, using stationarity)
+     cfix + sum_i (slc_i lc_i - suc_i uc_i) + sum_j (slx_j lx_j - sux_j ux_j)
+          - 1/2 xx'Q xx + 1/2 sum_i y_i xx'Q_i xx,
+   where terms of infinite bounds are left out. For a certificate, the
+   homogeneous values: primal c'xx of a ray, dual sum of the bound terms of a
+   Farkas certificate. */
+
+/* Whole vectors (getters write numcon, numvar or numcone entries). */
+QRN_API qrn_rescode QRN_CALL QRN_getskc(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *skc);
+QRN_API qrn_rescode QRN_CALL QRN_getskx(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *skx);
+QRN_API qrn_rescode QRN_CALL QRN_getskn(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *skn);
+QRN_API qrn_rescode QRN_CALL QRN_getxc(qrn_task_t task, qrn_int32 whichsol, qrn_real *xc);
+QRN_API qrn_rescode QRN_CALL QRN_getxx(qrn_task_t task, qrn_int32 whichsol, qrn_real *xx);
+QRN_API qrn_rescode QRN_CALL QRN_gety(qrn_task_t task, qrn_int32 whichsol, qrn_real *y);
+QRN_API qrn_rescode QRN_CALL QRN_getslc(qrn_task_t task, qrn_int32 whichsol, qrn_real *slc);
+QRN_API qrn_rescode QRN_CALL QRN_getsuc(qrn_task_t task, qrn_int32 whichsol, qrn_real *suc);
+QRN_API qrn_rescode QRN_CALL QRN_getslx(qrn_task_t task, qrn_int32 whichsol, qrn_real *slx);
+QRN_API qrn_rescode QRN_CALL QRN_getsux(qrn_task_t task, qrn_int32 whichsol, qrn_real *sux);
+QRN_API qrn_rescode QRN_CALL QRN_getsnx(qrn_task_t task, qrn_int32 whichsol, qrn_real *snx);
+QRN_API qrn_rescode QRN_CALL QRN_putskc(qrn_task_t task, qrn_int32 whichsol, const qrn_int32 *skc);
+QRN_API qrn_rescode QRN_CALL QRN_putskx(qrn_task_t task, qrn_int32 whichsol, const qrn_int32 *skx);
+QRN_API qrn_rescode QRN_CALL QRN_putxc(qrn_task_t task, qrn_int32 whichsol, const qrn_real *xc);
+QRN_API qrn_rescode QRN_CALL QRN_putxx(qrn_task_t task, qrn_int32 whichsol, const qrn_real *xx);
+QRN_API qrn_rescode QRN_CALL QRN_puty(qrn_task_t task, qrn_int32 whichsol, const qrn_real *y);
+QRN_API qrn_rescode QRN_CALL QRN_putslc(qrn_task_t task, qrn_int32 whichsol, const qrn_real *slc);
+QRN_API qrn_rescode QRN_CALL QRN_putsuc(qrn_task_t task, qrn_int32 whichsol, const qrn_real *suc);
+QRN_API qrn_rescode QRN_CALL QRN_putslx(qrn_task_t task, qrn_int32 whichsol, const qrn_real *slx);
+QRN_API qrn_rescode QRN_CALL QRN_putsux(qrn_task_t task, qrn_int32 whichsol, const qrn_real *sux);
+QRN_API qrn_rescode QRN_CALL QRN_putsnx(qrn_task_t task, qrn_int32 whichsol, const qrn_real *snx);
+
+/* Slices [first, last) of constraints (skc, xc, y, slc, suc) or variables
+   (skx, xx, slx, sux, snx); a slice outside the items is QRN_RES_ERR_SLICE. */
+QRN_API qrn_rescode QRN_CALL QRN_getskcslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_int32 *skc);
+QRN_API qrn_rescode QRN_CALL QRN_getskxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_int32 *skx);
+QRN_API qrn_rescode QRN_CALL QRN_getxcslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                            qrn_int32 last, qrn_real *xc);
+QRN_API qrn_rescode QRN_CALL QRN_getxxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                            qrn_int32 last, qrn_real *xx);
+QRN_API qrn_rescode QRN_CALL QRN_getyslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                           qrn_int32 last, qrn_real *y);
+QRN_API qrn_rescode QRN_CALL QRN_getslcslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_real *slc);
+QRN_API qrn_rescode QRN_CALL QRN_getsucslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_real *suc);
+QRN_API qrn_rescode QRN_CALL QRN_getslxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_real *slx);
+QRN_API qrn_rescode QRN_CALL QRN_getsuxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_real *sux);
+QRN_API qrn_rescode QRN_CALL QRN_getsnxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, qrn_real *snx);
+QRN_API qrn_rescode QRN_CALL QRN_putskcslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_int32 *skc);
+QRN_API qrn_rescode QRN_CALL QRN_putskxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_int32 *skx);
+QRN_API qrn_rescode QRN_CALL QRN_putxcslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                            qrn_int32 last, const qrn_real *xc);
+QRN_API qrn_rescode QRN_CALL QRN_putxxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                            qrn_int32 last, const qrn_real *xx);
+QRN_API qrn_rescode QRN_CALL QRN_putyslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                           qrn_int32 last, const qrn_real *y);
+QRN_API qrn_rescode QRN_CALL QRN_putslcslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_real *slc);
+QRN_API qrn_rescode QRN_CALL QRN_putsucslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_real *suc);
+QRN_API qrn_rescode QRN_CALL QRN_putslxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_real *slx);
+QRN_API qrn_rescode QRN_CALL QRN_putsuxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_real *sux);
+QRN_API qrn_rescode QRN_CALL QRN_putsnxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                             qrn_int32 last, const qrn_real *snx);
+/* One item's vector [first, last) (qrn_solitem_e; other values are
+   QRN_RES_ERR_SOL_ITEM). */
+QRN_API qrn_rescode QRN_CALL QRN_getsolutionslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 solitem,
+                                                  qrn_int32 first, qrn_int32 last, qrn_real *values);
+
+/* Whole solutions: the statuses (either output may be null) and the eleven
+   vectors in the order above; null arrays are skipped (getter) or left as
+   they are (putsolution). */
+QRN_API qrn_rescode QRN_CALL QRN_getsolution(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *prosta,
+                                             qrn_int32 *solsta, qrn_int32 *skc, qrn_int32 *skx,
+                                             qrn_int32 *skn, qrn_real *xc, qrn_real *xx, qrn_real *y,
+                                             qrn_real *slc, qrn_real *suc, qrn_real *slx, qrn_real *sux,
+                                             qrn_real *snx);
+QRN_API qrn_rescode QRN_CALL QRN_putsolution(qrn_task_t task, qrn_int32 whichsol, const qrn_int32 *skc,
+                                             const qrn_int32 *skx, const qrn_int32 *skn,
+                                             const qrn_real *xc, const qrn_real *xx, const qrn_real *y,
+                                             const qrn_real *slc, const qrn_real *suc,
+                                             const qrn_real *slx, const qrn_real *sux,
+                                             const qrn_real *snx);
+/* Constraint i: skc, xc, slc, suc, and y = sl - su. Variable j: skx, xx, slx,
+   sux, snx. putsolutionyi sets y_i alone. */
+QRN_API qrn_rescode QRN_CALL QRN_putconsolutioni(qrn_task_t task, qrn_int32 i, qrn_int32 whichsol,
+                                                 qrn_int32 sk, qrn_real x, qrn_real sl, qrn_real su);
+QRN_API qrn_rescode QRN_CALL QRN_putvarsolutionj(qrn_task_t task, qrn_int32 j, qrn_int32 whichsol,
+                                                 qrn_int32 sk, qrn_real x, qrn_real sl, qrn_real su,
+                                                 qrn_real sn);
+QRN_API qrn_rescode QRN_CALL QRN_putsolutionyi(qrn_task_t task, qrn_int32 i, qrn_int32 whichsol,
+                                               qrn_real y);
+
+/* Status and objective values (see above); undefined: QRN_RES_ERR_SOL_UNDEFINED. */
+QRN_API qrn_rescode QRN_CALL QRN_getprosta(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *prosta);
+QRN_API qrn_rescode QRN_CALL QRN_getsolsta(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *solsta);
+QRN_API qrn_rescode QRN_CALL QRN_getprimalobj(qrn_task_t task, qrn_int32 whichsol, qrn_real *primalobj);
+QRN_API qrn_rescode QRN_CALL QRN_getdualobj(qrn_task_t task, qrn_int32 whichsol, qrn_real *dualobj);
+/* *isdef is 1 when the solution is defined, else 0 (never an error for that). */
+QRN_API qrn_rescode QRN_CALL QRN_solutiondef(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *isdef);
+/* Makes the solution undefined; deleting an undefined one does nothing. */
+QRN_API qrn_rescode QRN_CALL QRN_deletesolution(qrn_task_t task, qrn_int32 whichsol);
+/* Reduced costs of variables [first, last):
+   c_j + (Qx)_j - (A'y)_j - sum_i y_i (Q_i x)_j, which at an optimum equals
+   slx_j - sux_j + snx_j. */
+QRN_API qrn_rescode QRN_CALL QRN_getreducedcosts(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                                 qrn_int32 last, qrn_real *redcosts);
+
+/* Violations, one per listed index (>= 0, 0 when satisfied exactly; an index
+   out of range is refused with the item's index code). With lc, uc, lx, ux
+   the bounds (infinite when the key does not bound a side) and s = +1 for
+   minimization, -1 for maximization:
+   pviolcon  i: max(0, lc_i - xc_i, xc_i - uc_i, |xc_i - (a_i'xx + 1/2 xx'Q_i xx)|)
+   pviolvar  j: max(0, lx_j - xx_j, xx_j - ux_j)
+   pviolcones k: Euclidean distance of the cone's members (xx) to the cone
+   dviolcon  i: max(|y_i - (slc_i - suc_i)|, -s slc_i, -s suc_i, 0), and
+                |slc_i| (|suc_i|) when lc_i (uc_i) is infinite
+   dviolvar  j: max(|stationarity residual of j|, -s slx_j, -s sux_j, 0), and
+                |slx_j| (|sux_j|) when lx_j (ux_j) is infinite, |snx_j| when
+                j belongs to no cone
+   dviolcones k: distance of s times the members' snx to the (self-)dual cone
+   For certificates the homogeneous problem is used (see above). */
+QRN_API qrn_rescode QRN_CALL QRN_getpviolcon(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                             const qrn_int32 *sub, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getpviolvar(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                             const qrn_int32 *sub, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getpviolcones(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                               const qrn_int32 *sub, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getdviolcon(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                             const qrn_int32 *sub, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getdviolvar(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                             const qrn_int32 *sub, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getdviolcones(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                               const qrn_int32 *sub, qrn_real *viol);
+
+/* Norms: the largest magnitude of an entry (0 for an empty vector).
+   Primal: xc, xx, barx. Dual: y, slc, suc, slx, sux, snx, bars. */
+QRN_API qrn_rescode QRN_CALL QRN_getprimalsolutionnorms(qrn_task_t task, qrn_int32 whichsol,
+                                                        qrn_real *nrmxc, qrn_real *nrmxx,
+                                                        qrn_real *nrmbarx);
+QRN_API qrn_rescode QRN_CALL QRN_getdualsolutionnorms(qrn_task_t task, qrn_int32 whichsol, qrn_real *nrmy,
+                                                      qrn_real *nrmslc, qrn_real *nrmsuc,
+                                                      qrn_real *nrmslx, qrn_real *nrmsux,
+                                                      qrn_real *nrmsnx, qrn_real *nrmbars);
+/* Summary of a solution, each violation the largest over all items:
+   pobj      primal objective value
+   pviolcon  largest pviolcon      pviolvar   largest pviolvar
+   pviolbarvar  largest violation of semidefinite variables (0 without them)
+   pviolcone largest pviolcones
+   pviolitg  largest distance of an integer variable's xx to an integer
+   dobj      dual objective value
+   dviolcon  largest dviolcon      dviolvar   largest dviolvar
+   dviolbarvar  largest dual violation of semidefinite variables (0 without)
+   dviolcone largest dviolcones */
+QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfo(qrn_task_t task, qrn_int32 whichsol, qrn_real *pobj,
+                                                 qrn_real *pviolcon, qrn_real *pviolvar,
+                                                 qrn_real *pviolbarvar, qrn_real *pviolcone,
+                                                 qrn_real *pviolitg, qrn_real *dobj, qrn_real *dviolcon,
+                                                 qrn_real *dviolvar, qrn_real *dviolbarvar,
+                                                 qrn_real *dviolcone);
+/* Stores the summary of the solution in the information items of its kind:
+   QRN_DINF_{INTERIOR,BASIC,INTEGER}_PRIMAL_OBJ, _DUAL_OBJ, _PRIMAL_CON_VIOL
+   (pviolcon), _PRIMAL_BOUND_VIOL (pviolvar), _PRIMAL_CONE_VIOL (pviolcone),
+   _DUAL_CON_VIOL (dviolvar: the dual's constraints are the stationarity rows),
+   _DUAL_BOUND_VIOL (dviolcon), _DUAL_CONE_VIOL (dviolcone), _X_NORM, _Y_NORM,
+   QRN_DINF_INTEGER_INT_VIOL (pviolitg) and QRN_IINF_{...}_SOL_STATUS, as far
+   as the kind has them. */
+QRN_API qrn_rescode QRN_CALL QRN_updatesolutioninfo(qrn_task_t task, qrn_int32 whichsol);
+/* Writes a readable analysis of the solution to stream whichstream (0..3):
+   statuses, objective values and gap, the largest violation of each kind
+   with the item it occurs at, and the norms. */
+QRN_API qrn_rescode QRN_CALL QRN_analyzesolution(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
 
 #ifdef __cplusplus
 }

@@ -2,6 +2,7 @@
 // (appending and removing constraints, variables and cones) that every
 // per-item array of a task follows.
 #include "errors.hpp"
+#include "solutions.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -79,6 +80,7 @@ void Task::append_cons(qrn_int32 num) {
   qcon.resize(numcon);
   connames.resize(numcon);
   maxnumcon = std::max(maxnumcon, numcon);
+  sol_appended(*this, num);
 }
 
 void Task::append_vars(qrn_int32 num) {
@@ -93,6 +95,7 @@ void Task::append_vars(qrn_int32 num) {
   var_cone.resize(numvar, -1);
   varnames.resize(numvar);
   maxnumvar = std::max(maxnumvar, numvar);
+  sol_appended(*this, num);
 }
 
 // New position of every item (-1 for removed ones) and the new count.
@@ -149,6 +152,7 @@ void Task::remove_cons(const std::vector<bool> &remove) {
   compact(qcon, newindex, count);
   connames.remap(newindex, count);
   numcon = count;
+  sol_remove_cons(*this, remove);
 }
 
 void Task::remove_vars(const std::vector<bool> &remove) {
@@ -173,6 +177,7 @@ void Task::remove_vars(const std::vector<bool> &remove) {
   compact(var_cone, newindex, count);
   varnames.remap(newindex, count);
   numvar = count;
+  sol_remove_vars(*this, remove);
 }
 
 void Task::remove_cones(const std::vector<bool> &remove) {
@@ -182,6 +187,7 @@ void Task::remove_cones(const std::vector<bool> &remove) {
   for (auto &k : var_cone)
     if (k >= 0) k = newindex[k];
   conenames.remap(newindex, count);
+  sol_remove_cones(*this, remove);
 }
 
 // Marks for removal; refuses out-of-range and repeated indexes.

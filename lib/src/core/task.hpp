@@ -74,10 +74,14 @@ struct NameTable {
   void remap(const std::vector<qrn_int32> &newindex, size_t newsize);
 };
 
-// One solution of a task (QRN_SOL_ITR, QRN_SOL_BAS or QRN_SOL_ITG). When it is
-// defined, every vector has one entry per item the task holds: constraints for
-// skc, xc, y, slc, suc; variables for skx, xx, slx, sux, snx; cones for skn;
-// rows of affine conic constraints for doty.
+// One solution of a task (QRN_SOL_ITR, QRN_SOL_BAS or QRN_SOL_ITG); the
+// conventions are documented in quarn.h ("Solutions"), the code in
+// lib/src/solutions/. When the optimizer stores a solution, every vector has
+// one entry per item the task holds: constraints for skc, xc, y, slc, suc;
+// variables for skx, xx, slx, sux, snx; cones for skn; rows of affine conic
+// constraints for doty. Items appended later are not added here at once: a
+// vector shorter than its count reads as key QRN_SK_UNKNOWN and value 0 past
+// its end (fit() in solutions.hpp extends it). Removals drop entries at once.
 struct Solution {
   bool defined = false;
   qrn_int32 prosta = QRN_PRO_STA_UNKNOWN;
