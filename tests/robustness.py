@@ -134,12 +134,15 @@ def run(full: bool, only: str | None) -> list[str]:
             obj = new_task(env)  # writers get a task of their own each, so sizes stay small
         fn = getattr(obj, name)
         base = [BASE[c] for c in fmt]
-        check_call(findings, name, fn, tuple(base), "pair")
-        for pos, letter in enumerate(fmt):
-            for value in bad[letter]:
-                args = list(base)
-                args[pos] = value
-                check_call(findings, name, fn, tuple(args), "pair")
+        # arrays as None (views) and as fresh bytearrays (allocating variants), around each bad value
+        for array_base in (None, bytearray):
+            around = [BASE[c] if c != "O" or array_base is None else bytearray() for c in fmt]
+            check_call(findings, name, fn, tuple(around), "pair")
+            for pos, letter in enumerate(fmt):
+                for value in bad[letter]:
+                    args = [bytearray() if isinstance(a, bytearray) else a for a in around]
+                    args[pos] = value
+                    check_call(findings, name, fn, tuple(args), "pair")
         # wrong argument counts
         check_call(findings, name, fn, tuple(base) + (None,), "pair")
         if fmt:
