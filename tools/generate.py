@@ -13,6 +13,8 @@ A description file holds one table per library function:
     NAME: ret T                  scalar output, part of the payload (T: i32 i64 f64)
     NAME: size T EXPR            a number the method computes and passes
     NAME: in T [EXPR]            input view (T: i32 i64 f64 u8); optional required length
+    NAME: inout T [EXPR]         input view that the library updates: as `in`, but
+                                 a read-only view is refused
     NAME: enum [EXPR]            enum array (4-byte codes); a required length makes it mandatory
     NAME: out T [EXPR]           output array: a view in the in-place variant,
                                  a bytearray in the allocating one
@@ -29,7 +31,8 @@ that needs VAR (before every one with `each`); `?T` in ARGS stands for an
 output that is discarded and `@` for the position of VAR (last if absent).
 
 Other keys: `static = true` (no handle), `handwritten = true` (the family's
-.cpp file defines the method; only its declaration and table entry are made).
+.cpp file defines the method; only its declaration, table entry and stub are
+made, and its lengths may name its scalar outputs).
 """
 
 from __future__ import annotations
@@ -46,7 +49,7 @@ WIDTH = {"i32": 4, "i64": 8, "f64": 8, "u8": 1}
 SCALAR = {"i": ("int", "qrn_int32", "int"), "L": ("long long", "qrn_int64", "int"),
           "d": ("double", "qrn_real", "float"), "s": ("const char *", "const char *", "str")}
 PAYLOAD = {"i32": ("i", "int"), "i64": ("L", "int"), "f64": ("d", "float"), "task": ("N", "Task")}
-ARRAYS = {"in", "enum", "out", "outenum", "text", "strlist", "tasks"}
+ARRAYS = {"in", "inout", "enum", "out", "outenum", "text", "strlist", "tasks"}
 
 
 class DescriptionError(Exception):
@@ -56,7 +59,7 @@ class DescriptionError(Exception):
 @dataclass
 class Param:
     name: str
-    kind: str            # i L d s ret size in enum out outenum text strlist tasks
+    kind: str            # i L d s ret size in inout enum out outenum text strlist tasks
     type: str = ""       # element or value type
     expr: str = ""       # required length or size expression
 
@@ -108,7 +111,7 @@ def parse_param(text: str, where: str) -> Param:
         p.expr = p.expr.strip()
         if p.type not in ("i32", "i64") or not p.expr:
             raise DescriptionError(f"{where}: {name}: size needs i32|i64 and an expression")
-    elif kind in ("in", "out"):
+    elif kind in ("in", "inout", "out"):
         t, _, length = tail.partition(" ")
         p.type = t
         if t not in WIDTH:
@@ -223,6 +226,8 @@ def check(fn: Function, where: str) -> None:
         raise DescriptionError(f"{where}: names used twice: {sorted(dup)}")
     views = {p.name for p in fn.params if p.kind in ARRAYS}
     known = {p.name for p in fn.params if p.kind in SCALAR or p.kind == "size"} | set(fn.queries) | views
+    if fn.handwritten:
+        known |= {p.name for p in fn.params if p.kind == "ret"}
     for p in fn.params:
         for g in re.findall(r"group\(([^)]*)\)", p.expr):
             members = [v.strip() for v in g.split(",")]
@@ -328,14 +333,14 @@ class Emitter:
             self.w(f'if (!PyArg_ParseTuple(args, "{letters}", {", ".join(targets)})) return nullptr;')
 
     def is_view(self, p: Param) -> bool:
-        return p.kind in ("in", "enum") or (p.kind in ("out", "outenum") and not self.alloc)
+        return p.kind in ("in", "inout", "enum") or (p.kind in ("out", "outenum") and not self.alloc)
 
     def is_bytearray(self, p: Param) -> bool:
         return p.kind == "text" or (p.kind in ("out", "outenum") and self.alloc)
 
     def arrays(self) -> None:
         fn = self.fn
-        arrs = [p for p in fn.params if p.kind in ("in", "enum", "out", "outenum", "text")]
+        arrs = [p for p in fn.params if p.kind in ("in", "inout", "enum", "out", "outenum", "text")]
         if arrs:
             self.w(f"Arr {', '.join(p.name for p in arrs)};")
         for p in fn.params:
@@ -346,7 +351,7 @@ class Emitter:
         # 1. kind and element width of every view, in argument order
         for p in fn.params:
             if self.is_view(p):
-                out = ", true" if p.kind in ("out", "outenum") else ""
+                out = ", true" if p.kind in ("out", "outenum", "inout") else ""
                 self.w(f"if (!f.view(o_{p.name}, {WIDTH[p.type]}, QRN_ARG({p.name}), {p.name}{out})) return nullptr;")
             elif p.kind == "strlist":
                 self.w(f"if (!f.strlist(o_{p.name}, o_{p.name}_bytes, QRN_ARG({p.name}), {p.name})) "
@@ -372,7 +377,7 @@ class Emitter:
         for a, b in reaches:
             self.w(f"const Py_ssize_t reach_{a}_{b} = Frame::extent({a}, {b});")
         for p in fn.params:
-            if p.kind in ("in", "enum") and p.expr and not self.query_vars(p.expr):
+            if p.kind in ("in", "inout", "enum") and p.expr and not self.query_vars(p.expr):
                 self.length_check(p)
         if fn.groups:
             self.w("if (!f.checked()) return nullptr;")
@@ -390,7 +395,7 @@ class Emitter:
                 bytewise = ", true" if p.kind in ("text", "outenum") else ""
                 self.w(f"if (!f.alloc(o_{p.name}, {self.cexpr(p.expr)}, {WIDTH[p.type]}, QRN_ARG({p.name}), "
                        f"{p.name}{bytewise})) return nullptr;")
-            elif p.kind in ("out", "outenum") or (p.kind in ("in", "enum") and self.query_vars(p.expr)):
+            elif p.kind in ("out", "outenum") or (p.kind in ("in", "inout", "enum") and self.query_vars(p.expr)):
                 self.fire(p.expr)
                 self.length_check(p)
 
@@ -417,7 +422,7 @@ class Emitter:
                 self.w(f"{CTYPE[p.type]} {p.name} = 0;")
         args = [] if fn.static else [self.handle()]
         for p in fn.params:
-            if p.kind in ("in", "enum", "out", "outenum", "text"):
+            if p.kind in ("in", "inout", "enum", "out", "outenum", "text"):
                 args.append(f"{p.name}.as<{'char' if p.type == 'u8' else CTYPE[p.type]}>()")
             elif p.kind == "ret":
                 args.append(f"&{p.name}")
