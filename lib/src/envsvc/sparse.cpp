@@ -94,35 +94,42 @@ cholmod_sparse *lower_matrix(qrn_int32 n, const qrn_int32 *anzc, const qrn_int64
   auto *ap = static_cast<int *>(a->p);
   auto *ai = static_cast<int *>(a->i);
   auto *ax = static_cast<double *>(a->x);
-  std::vector<std::pair<qrn_int32, double>> col;
   maxdiag = 0.0;
   int pos = 0;
+  std::vector<std::pair<qrn_int32, double>> col;
   for (qrn_int32 j = 0; j < n; ++j) {
     ap[j] = pos;
-    col.clear();
+    const int start = pos;
+    bool sorted = true;
     for (qrn_int64 p = aptrc[j]; p < aptrc[j] + anzc[j]; ++p) {
       const qrn_int32 r = asubc[p];
       const double v = avalc[p];
-      const std::string where = "(" + std::to_string(r) + ", " + std::to_string(j) + ")";
       if (r < 0 || r >= n)
         fail(QRN_RES_ERR_LA_ROW_INDEX, "Row " + std::to_string(r) + " of column " + std::to_string(j) +
                                            " is outside 0.." + std::to_string(n - 1) + ".");
       if (r < j)
-        fail(QRN_RES_ERR_LA_NOT_LOWER,
-             "The entry " + where + " lies above the diagonal; give the lower triangle of the matrix.");
-      if (!std::isfinite(v)) fail(QRN_RES_ERR_VALUE_NAN, "The entry " + where + " is not finite.");
+        fail(QRN_RES_ERR_LA_NOT_LOWER, "The entry (" + std::to_string(r) + ", " + std::to_string(j) +
+                                           ") lies above the diagonal; give the lower triangle of the matrix.");
+      if (!std::isfinite(v))
+        fail(QRN_RES_ERR_VALUE_NAN, "The entry (" + std::to_string(r) + ", " + std::to_string(j) + ") is not finite.");
       if (r == j) maxdiag = std::max(maxdiag, std::fabs(v));
-      col.emplace_back(r, v);
-    }
-    std::sort(col.begin(), col.end(), [](auto &x, auto &y) { return x.first < y.first; });
-    for (size_t k = 0; k < col.size(); ++k) {
-      if (k > 0 && col[k].first == col[k - 1].first)
-        fail(QRN_RES_ERR_DUP_INDEX, "Row " + std::to_string(col[k].first) + " occurs twice in column " +
-                                        std::to_string(j) + ".");
-      ai[pos] = col[k].first;
-      ax[pos] = col[k].second;
+      if (pos > start && r <= ai[pos - 1]) sorted = false;
+      ai[pos] = r;
+      ax[pos] = v;
       ++pos;
     }
+    if (!sorted) {  // rows in any order: sort the column
+      col.clear();
+      for (int q = start; q < pos; ++q) col.emplace_back(ai[q], ax[q]);
+      std::sort(col.begin(), col.end(), [](auto &x, auto &y) { return x.first < y.first; });
+      for (int q = start; q < pos; ++q) {
+        ai[q] = col[q - start].first;
+        ax[q] = col[q - start].second;
+      }
+    }
+    for (int q = start + 1; q < pos; ++q)
+      if (ai[q] == ai[q - 1])
+        fail(QRN_RES_ERR_DUP_INDEX, "Row " + std::to_string(ai[q]) + " occurs twice in column " + std::to_string(j) + ".");
   }
   ap[n] = pos;
   hold.a = nullptr;
@@ -229,12 +236,21 @@ QRN_API qrn_rescode QRN_CALL QRN_computesparsecholesky(
       o_diag.p[j] = delta;
       o_lnzc.p[j] = lnz[j];
       o_lptrc.p[j] = pos;
-      // The diagonal first, then the rest in increasing row order.
+      // The diagonal first (as CHOLMOD keeps it), then the rest in increasing
+      // row order.
+      const int first = lp[j], end = lp[j] + lnz[j];
+      if (lnz[j] < 1 || li[first] != j) fail(QRN_RES_ERR_INTERNAL, "CHOLMOD returned a column without its diagonal.");
+      bool sorted = true;
+      for (int p = first + 1; p < end && sorted; ++p) sorted = li[p] > li[p - 1];
+      if (sorted) {
+        std::memcpy(o_lsubc.p + pos, li + first, sizeof(int) * size_t(lnz[j]));
+        std::memcpy(o_lvalc.p + pos, lx + first, sizeof(double) * size_t(lnz[j]));
+        pos += lnz[j];
+        continue;
+      }
       below.clear();
-      for (int p = lp[j]; p < lp[j] + lnz[j]; ++p) below.emplace_back(li[p], lx[p]);
-      std::sort(below.begin(), below.end(), [](auto &x, auto &y) { return x.first < y.first; });
-      if (below.empty() || below[0].first != j)
-        fail(QRN_RES_ERR_INTERNAL, "CHOLMOD returned a column without its diagonal.");
+      for (int p = first; p < end; ++p) below.emplace_back(li[p], lx[p]);
+      std::sort(below.begin() + 1, below.end(), [](auto &x, auto &y) { return x.first < y.first; });
       for (auto &[r, v] : below) {
         o_lsubc.p[pos] = r;
         o_lvalc.p[pos] = v;
