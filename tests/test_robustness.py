@@ -7,8 +7,10 @@ from pathlib import Path
 SCRIPT = Path(__file__).with_name("robustness.py")
 
 
-def test_every_method_survives_bad_arguments():
-    proc = subprocess.run([sys.executable, str(SCRIPT), "--full"], capture_output=True, text=True, timeout=300)
+def test_every_method_survives_bad_arguments(tmp_path):
+    # in a scratch directory: methods that name files (stream files, for one) may create them
+    proc = subprocess.run([sys.executable, str(SCRIPT), "--full"], capture_output=True, text=True, timeout=300,
+                          cwd=tmp_path)
     assert proc.returncode == 0, f"child ended with {proc.returncode}:\n{proc.stdout[-3000:]}{proc.stderr[-3000:]}"
     assert proc.stdout.rstrip().endswith("done: 0 findings"), proc.stdout[-5000:]
 

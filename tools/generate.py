@@ -13,6 +13,8 @@ A description file holds one table per library function:
     NAME: ret T                  scalar output, part of the payload (T: i32 i64 f64)
     NAME: size T EXPR            a number the method computes and passes
     NAME: in T [EXPR]            input view (T: i32 i64 f64 u8); optional required length
+    NAME: inout T [EXPR]         input view that the library updates: as `in`, but
+                                 a read-only view is refused
     NAME: enum [EXPR]            enum array (4-byte codes); a required length makes it mandatory
     NAME: optenum [EXPR]         enum array with a required length that may be None
     NAME: out T [EXPR]           output array: a view in the in-place variant,
@@ -40,7 +42,8 @@ the number of items before it grows any bytearray, and a slice that cannot lie
 inside 0..VAR goes to the library with no output arrays, so that it is refused
 with the library's own response code without costing memory. A list of such
 queries bounds the slice by the largest (for a reader whose kind of item is an
-argument). Every allocating slice reader must have it.
+argument). Every allocating slice reader must have it. A handwritten
+method's lengths may name its scalar outputs.
 """
 
 from __future__ import annotations
@@ -57,8 +60,8 @@ WIDTH = {"i32": 4, "i64": 8, "f64": 8, "u8": 1}
 SCALAR = {"i": ("int", "qrn_int32", "int"), "L": ("long long", "qrn_int64", "int"),
           "d": ("double", "qrn_real", "float"), "s": ("const char *", "const char *", "str")}
 PAYLOAD = {"i32": ("i", "int"), "i64": ("L", "int"), "f64": ("d", "float"), "task": ("N", "Task")}
-ARRAYS = {"in", "enum", "optenum", "inbuf", "out", "outenum", "text", "strlist", "tasks"}
-BUFFERS = ("in", "enum", "optenum", "inbuf", "out", "outenum", "text")  # one Arr each
+ARRAYS = {"in", "inout", "enum", "optenum", "inbuf", "out", "outenum", "text", "strlist", "tasks"}
+BUFFERS = ("in", "inout", "enum", "optenum", "inbuf", "out", "outenum", "text")  # one Arr each
 
 
 class DescriptionError(Exception):
@@ -68,7 +71,7 @@ class DescriptionError(Exception):
 @dataclass
 class Param:
     name: str
-    kind: str            # i L d s ret size in enum optenum inbuf out outenum text strlist tasks
+    kind: str            # i L d s ret size in inout enum optenum inbuf out outenum text strlist tasks
     type: str = ""       # element or value type
     expr: str = ""       # required length or size expression
 
@@ -121,7 +124,7 @@ def parse_param(text: str, where: str) -> Param:
         p.expr = p.expr.strip()
         if p.type not in ("i32", "i64") or not p.expr:
             raise DescriptionError(f"{where}: {name}: size needs i32|i64 and an expression")
-    elif kind in ("in", "out", "inbuf"):
+    elif kind in ("in", "inout", "out", "inbuf"):
         t, _, length = tail.partition(" ")
         p.type = t
         if t not in WIDTH:
@@ -239,6 +242,8 @@ def check(fn: Function, where: str) -> None:
         raise DescriptionError(f"{where}: names used twice: {sorted(dup)}")
     views = {p.name for p in fn.params if p.kind in ARRAYS}
     known = {p.name for p in fn.params if p.kind in SCALAR or p.kind == "size"} | set(fn.queries) | views
+    if fn.handwritten:
+        known |= {p.name for p in fn.params if p.kind == "ret"}
     for p in fn.params:
         for g in re.findall(r"group\(([^)]*)\)", p.expr):
             members = [v.strip() for v in g.split(",")]
@@ -348,10 +353,10 @@ class Emitter:
             self.w(f'if (!PyArg_ParseTuple(args, "{letters}", {", ".join(targets)})) return nullptr;')
 
     def is_view(self, p: Param) -> bool:
-        return p.kind in ("in", "enum", "optenum") or (p.kind in ("out", "outenum", "inbuf") and not self.alloc)
+        return p.kind in ("in", "inout", "enum", "optenum") or (p.kind in ("out", "outenum", "inbuf") and not self.alloc)
 
     def is_input_view(self, p: Param) -> bool:
-        return p.kind in ("in", "enum", "optenum") or (p.kind == "inbuf" and not self.alloc)
+        return p.kind in ("in", "inout", "enum", "optenum") or (p.kind == "inbuf" and not self.alloc)
 
     def is_bytearray(self, p: Param) -> bool:
         return p.kind == "text" or (p.kind in ("out", "outenum", "inbuf") and self.alloc)
@@ -369,7 +374,7 @@ class Emitter:
         # 1. kind and element width of every view, in argument order
         for p in fn.params:
             if self.is_view(p):
-                out = ", true" if p.kind in ("out", "outenum") else ""
+                out = ", true" if p.kind in ("out", "outenum", "inout") else ""
                 self.w(f"if (!f.view(o_{p.name}, {WIDTH[p.type]}, QRN_ARG({p.name}), {p.name}{out})) return nullptr;")
             elif p.kind == "strlist":
                 self.w(f"if (!f.strlist(o_{p.name}, o_{p.name}_bytes, QRN_ARG({p.name}), {p.name})) "
@@ -592,8 +597,9 @@ def stub_arrays(fn: Function, alloc: bool) -> list[str]:
             where = "written into the bytearray, resized to" if alloc else "written, view of exactly"
             lines.append(f"{p.name}: {kind}, {where} {length or 'the reported count'}")
         else:
-            kind = "enum codes (int32)" if p.kind == "enum" else ELEMENT[p.type]
-            lines.append(f"{p.name}: {kind}, read" + (f", {length}" if length else ""))
+            kind = "enum codes (int32)" if p.kind in ("enum", "optenum") else ELEMENT[p.type]
+            how = "read and updated" if p.kind == "inout" else "read"
+            lines.append(f"{p.name}: {kind}, {how}" + (f", {length}" if length else ""))
     return lines
 
 

@@ -117,7 +117,19 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.") \
   X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                      \
   X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")   \
-  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.")
+  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.") \
+  /* environment services: linear algebra and code descriptions */                              \
+  X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.") \
+  X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.") \
+  X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")   \
+  X(QRN_RES_ERR_LA_NOT_POSDEF, 2203, "The matrix is not positive definite.")                     \
+  X(QRN_RES_ERR_LA_NO_CONVERGENCE, 2204, "The eigenvalue computation did not converge.")         \
+  X(QRN_RES_ERR_LA_ROW_INDEX, 2205, "A row index of a sparse matrix lies outside 0..n-1.")        \
+  X(QRN_RES_ERR_LA_NOT_LOWER, 2206, "A sparse matrix has an entry where its lower triangular layout allows none.") \
+  X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")  \
+  X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.") \
+  X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")  \
+  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")
 
 enum qrn_rescode_e {
 #define QRN_X_ENUM(name, value, text) name = value,
@@ -1394,6 +1406,180 @@ QRN_API qrn_rescode QRN_CALL QRN_updatesolutioninfo(qrn_task_t task, qrn_int32 w
    statuses, objective values and gap, the largest violation of each kind
    with the item it occurs at, and the norms. */
 QRN_API qrn_rescode QRN_CALL QRN_analyzesolution(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
+
+/* ======================================================================= */
+/* Environment services: linear algebra, code descriptions, version,       */
+/* banner and stream files                                                 */
+/* ======================================================================= */
+/* These functions need an environment, not a task (a null env is
+   QRN_RES_ERR_NULL_ENV); a failing call writes its message to the
+   environment's error stream. QRN_getcodedesc and QRN_getversion need
+   neither.
+
+   Dense matrices are stored by columns: entry (i, j) of an m x n matrix is
+   a[i + j*m], and every one of the m*n entries is present (no leading
+   dimension other than the row count). Vectors are contiguous. A negative
+   dimension is QRN_RES_ERR_LA_DIMENSION; an array may be null only when it
+   holds no entries (else QRN_RES_ERR_NULL_POINTER). With beta = 0 the
+   previous contents of y or c are not read (NaN there does not spread). The
+   dense routines run OpenBLAS and LAPACK; the library sets OpenBLAS to one
+   thread when it is loaded (a process may change that with
+   openblas_set_num_threads). */
+enum qrn_transpose_e {
+  QRN_TRANSPOSE_NO = 0, /* op(A) = A */
+  QRN_TRANSPOSE_YES = 1 /* op(A) = A' */
+};
+/* Which triangle of a symmetric matrix is read or written; the other one is
+   neither read nor changed. */
+enum qrn_uplo_e {
+  QRN_UPLO_LO = 0, /* entries (i, j) with i >= j */
+  QRN_UPLO_UP = 1  /* entries (i, j) with i <= j */
+};
+
+/* y = alpha x + y, for vectors of n entries. */
+QRN_API qrn_rescode QRN_CALL QRN_axpy(qrn_env_t env, qrn_int32 n, qrn_real alpha, const qrn_real *x,
+                                      qrn_real *y);
+/* *xty = x'y (0 for n = 0); xty may be null. */
+QRN_API qrn_rescode QRN_CALL QRN_dot(qrn_env_t env, qrn_int32 n, const qrn_real *x, const qrn_real *y,
+                                     qrn_real *xty);
+/* y = alpha op(A) x + beta y, A of m x n. x has n entries and y m, or, with
+   transa = QRN_TRANSPOSE_YES, x has m and y n. */
+QRN_API qrn_rescode QRN_CALL QRN_gemv(qrn_env_t env, qrn_int32 transa, qrn_int32 m, qrn_int32 n,
+                                      qrn_real alpha, const qrn_real *a, const qrn_real *x, qrn_real beta,
+                                      qrn_real *y);
+/* C = alpha op(A) op(B) + beta C, C of m x n, op(A) of m x k, op(B) of k x n.
+   A is stored as m x k, or as k x m when transa = QRN_TRANSPOSE_YES; B as
+   k x n, or n x k when transb = QRN_TRANSPOSE_YES. */
+QRN_API qrn_rescode QRN_CALL QRN_gemm(qrn_env_t env, qrn_int32 transa, qrn_int32 transb, qrn_int32 m,
+                                      qrn_int32 n, qrn_int32 k, qrn_real alpha, const qrn_real *a,
+                                      const qrn_real *b, qrn_real beta, qrn_real *c);
+/* C = alpha A A' + beta C with A of n x k (trans = QRN_TRANSPOSE_NO), or
+   C = alpha A' A + beta C with A of k x n (QRN_TRANSPOSE_YES); C is n x n and
+   only its uplo triangle is read and updated. */
+QRN_API qrn_rescode QRN_CALL QRN_syrk(qrn_env_t env, qrn_int32 uplo, qrn_int32 trans, qrn_int32 n,
+                                      qrn_int32 k, qrn_real alpha, const qrn_real *a, qrn_real beta,
+                                      qrn_real *c);
+/* Cholesky factor of the symmetric n x n matrix A, read from its uplo
+   triangle and written over it: A = L L' (QRN_UPLO_LO, L lower) or A = U'U
+   (QRN_UPLO_UP, U upper). The other triangle is not touched. A matrix that is
+   not positive definite is QRN_RES_ERR_LA_NOT_POSDEF (the message names the
+   first leading minor that is not), and a NaN in the triangle
+   QRN_RES_ERR_VALUE_NAN; after QRN_RES_ERR_LA_NOT_POSDEF the triangle is
+   partly overwritten. */
+QRN_API qrn_rescode QRN_CALL QRN_potrf(qrn_env_t env, qrn_int32 uplo, qrn_int32 n, qrn_real *a);
+/* Eigenvalues of the symmetric n x n matrix A (its uplo triangle), in
+   ascending order, into w (n entries). A is not changed. Failure:
+   QRN_RES_ERR_LA_NO_CONVERGENCE, QRN_RES_ERR_VALUE_NAN for a NaN in the
+   triangle. */
+QRN_API qrn_rescode QRN_CALL QRN_syeig(qrn_env_t env, qrn_int32 uplo, qrn_int32 n, const qrn_real *a,
+                                       qrn_real *w);
+/* Eigenvalues and eigenvectors by divide and conquer: w as QRN_syeig, and A
+   is overwritten with the orthonormal eigenvectors, column k belonging to
+   w[k]. n above 32767 is QRN_RES_ERR_LA_DIMENSION (LAPACK's workspace would
+   not fit its 32-bit sizes). Failures as QRN_syeig. */
+QRN_API qrn_rescode QRN_CALL QRN_syevd(qrn_env_t env, qrn_int32 uplo, qrn_int32 n, qrn_real *a,
+                                       qrn_real *w);
+
+/* Sparse matrices are given by columns: column j holds nzc[j] entries from
+   position ptrc[j] of the row-index array sub and the value array val. */
+
+/* Ordering of a sparse Cholesky factorization. */
+enum qrn_cholesky_order_e {
+  QRN_CHOLESKY_ORDER_AMD = 0,     /* approximate minimum degree, then a postorder of the elimination tree */
+  QRN_CHOLESKY_ORDER_NATURAL = 1  /* no permutation: perm is the identity */
+};
+/* What a sparse Cholesky factorization does with a matrix that is not
+   numerically positive definite. */
+enum qrn_cholesky_regularization_e {
+  QRN_CHOLESKY_REGULARIZE_NONE = 0, /* refuse it: QRN_RES_ERR_LA_NOT_POSDEF */
+  QRN_CHOLESKY_REGULARIZE_SHIFT = 1 /* factor A + delta I instead (below) */
+};
+/* Sparse Cholesky factorization P (A + D) P' = L L' of the symmetric n x n
+   matrix A, given by its lower triangle (entries (i, j) with i >= j) by
+   columns in anzc, aptrc, asubc, avalc; within a column the entries may come
+   in any order. Refused: a row outside 0..n-1 (QRN_RES_ERR_LA_ROW_INDEX), an
+   entry above the diagonal (QRN_RES_ERR_LA_NOT_LOWER), a row given twice in a
+   column (QRN_RES_ERR_DUP_INDEX), a negative count (QRN_RES_ERR_NEGATIVE_COUNT)
+   or start (QRN_RES_ERR_PTR_RANGE), a value that is NaN or infinite
+   (QRN_RES_ERR_VALUE_NAN), an unknown ordering (QRN_RES_ERR_LA_ORDERING).
+   ordering: a qrn_cholesky_order_e value.
+   regularization and tolsingular: with QRN_CHOLESKY_REGULARIZE_NONE,
+   tolsingular is not used and D = 0: a matrix that is not positive definite is
+   QRN_RES_ERR_LA_NOT_POSDEF. With QRN_CHOLESKY_REGULARIZE_SHIFT (tolsingular
+   must be finite and > 0, else QRN_RES_ERR_LA_REGULARIZATION): let
+   s = max(1, max_j |A_jj|). When A is not positive definite, or its smallest
+   pivot L_jj^2 is at most tolsingular * s (nearly singular), the library
+   factors A + delta I, with delta = tolsingular * s, multiplied by 10 until
+   the factorization succeeds (at most 30 times, else
+   QRN_RES_ERR_LA_NOT_POSDEF); it then writes delta to the environment's log
+   stream. D = delta I (D = 0 when A was factored as it is).
+   Results, each an array that the library allocates and the caller gives back
+   with QRN_freeenv (all null after a failure):
+     *perm  n entries: row and column j of P A P' are row and column perm[j]
+            of A, i.e. (P A P')_ij = A_perm[i],perm[j].
+     *diag  n entries: D_jj, what was added to the diagonal of A (here the
+            same for all j: delta or 0); D is diagonal, so P D P' = D.
+     *lnzc, *lptrc  n entries each: column j of L holds lnzc[j] entries from
+            position lptrc[j] of *lsubc and *lvalc. The diagonal is inside L:
+            it is the first entry of each column, followed by the entries below
+            it in increasing row order (entries of the symbolic pattern may
+            be 0). Columns follow each other without gaps.
+     *lensubnval  the number of entries of L (64 bits), the length of
+            *lsubc and *lvalc. */
+QRN_API qrn_rescode QRN_CALL QRN_computesparsecholesky(
+    qrn_env_t env, qrn_int32 ordering, qrn_int32 regularization, qrn_real tolsingular, qrn_int32 n,
+    const qrn_int32 *anzc, const qrn_int64 *aptrc, const qrn_int32 *asubc, const qrn_real *avalc,
+    qrn_int32 **perm, qrn_real **diag, qrn_int32 **lnzc, qrn_int64 **lptrc, qrn_int64 *lensubnval,
+    qrn_int32 **lsubc, qrn_real **lvalc);
+/* Solves L x = b (transposed = QRN_TRANSPOSE_NO) or L' x = b
+   (QRN_TRANSPOSE_YES) in place of b, L being an n x n lower triangular matrix
+   in the layout of QRN_computesparsecholesky: column j holds lnzc[j] entries
+   from position lptrc[j] of lsubc and lvalc (lensubnval entries), its
+   diagonal first, then entries of rows j+1..n-1 in any order. L is checked
+   entirely before b is touched: a count below 1 or a diagonal that is 0
+   (QRN_RES_ERR_LA_SINGULAR), a first entry that is not the diagonal or a later
+   one not below it (QRN_RES_ERR_LA_NOT_LOWER), a row outside 0..n-1
+   (QRN_RES_ERR_LA_ROW_INDEX), a column reaching outside 0..lensubnval
+   (QRN_RES_ERR_PTR_RANGE). A factor L from QRN_computesparsecholesky with
+   perm P solves A x = b (D = 0) as: c = P b (c_j = b_perm[j]), solve L y = c,
+   then L' z = y, and x = P' z (x_perm[j] = z_j). */
+QRN_API qrn_rescode QRN_CALL QRN_sparsetriangularsolvedense(qrn_env_t env, qrn_int32 transposed,
+                                                            qrn_int32 n, const qrn_int32 *lnzc,
+                                                            const qrn_int64 *lptrc, qrn_int64 lensubnval,
+                                                            const qrn_int32 *lsubc, const qrn_real *lvalc,
+                                                            qrn_real *b);
+/* Gives back memory that the library allocated for the caller (the results of
+   QRN_computesparsecholesky); null is accepted and does nothing. */
+QRN_API qrn_rescode QRN_CALL QRN_freeenv(qrn_env_t env, void *buffer);
+
+/* Version of the library: 10, 2, revision. */
+#define QRN_VERSION_MAJOR 10
+#define QRN_VERSION_MINOR 2
+#define QRN_VERSION_REVISION 0
+QRN_API qrn_rescode QRN_CALL QRN_getversion(qrn_int32 *major, qrn_int32 *minor, qrn_int32 *revision);
+
+/* Size of each buffer of QRN_getcodedesc, NUL included. */
+#define QRN_MAX_STR_LEN 1024
+/* The symbolic name (e.g. "QRN_RES_ERR_NULL_ENV") and the one-line
+   description of a response code, from the table QRN_RESPONSE_CODES, each
+   NUL-terminated into a buffer of QRN_MAX_STR_LEN bytes (either may be null).
+   A value that is no code of the table is QRN_RES_ERR_UNKNOWN_RESCODE and
+   nothing is written. */
+QRN_API qrn_rescode QRN_CALL QRN_getcodedesc(qrn_rescode code, char *symname, char *str);
+
+/* Writes a banner to the environment's message stream (QRN_STREAM_MSG): the
+   library's name and version and how it was built (compiler, platform, build
+   date); when longver is not 0 also the versions of the numerical libraries
+   it runs on (OpenBLAS and its thread count, LAPACK, CHOLMOD, UMFPACK, Clp,
+   Cbc, CoinUtils, zlib), one per line. */
+QRN_API qrn_rescode QRN_CALL QRN_echointro(qrn_env_t env, qrn_int32 longver);
+/* Sends a copy of everything the environment writes to stream whichstream
+   (0..3, else QRN_RES_ERR_STREAM) into the file filename, besides the linked
+   function: the file is truncated, or appended to when append is not 0. A
+   file linked earlier to that stream is closed; "" only closes it. A file that
+   cannot be opened is QRN_RES_ERR_FILE_OPEN and the earlier link stays. */
+QRN_API qrn_rescode QRN_CALL QRN_linkfiletoenvstream(qrn_env_t env, qrn_int32 whichstream,
+                                                     const char *filename, qrn_int32 append);
 
 #ifdef __cplusplus
 }

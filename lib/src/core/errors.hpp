@@ -40,6 +40,33 @@ qrn_rescode api(qrn_task_t task, const char *fn, Body &&body) noexcept {
   }
 }
 
+// Records nothing (an environment has no last error) but writes the failure
+// to the environment's error stream.
+inline void report(Env &e, qrn_rescode code, const std::string &fn, const std::string &msg) {
+  e.write(QRN_STREAM_ERR, fn + ": error " + std::to_string(code) + ": " + msg + "\n");
+}
+
+// api() for functions of an environment: a null env is QRN_RES_ERR_NULL_ENV;
+// a Failure or any other C++ exception becomes a response code.
+template <class Body>
+qrn_rescode env_api(qrn_env_t env, const char *fn, Body &&body) noexcept {
+  if (env == nullptr) return QRN_RES_ERR_NULL_ENV;
+  Env &e = *env;
+  try {
+    body(e);
+    return QRN_RES_OK;
+  } catch (const Failure &f) {
+    report(e, f.code, fn, f.msg);
+    return f.code;
+  } catch (const std::bad_alloc &) {
+    report(e, QRN_RES_ERR_SPACE, fn, "Out of memory.");
+    return QRN_RES_ERR_SPACE;
+  } catch (...) {
+    report(e, QRN_RES_ERR_INTERNAL, fn, "Internal error.");
+    return QRN_RES_ERR_INTERNAL;
+  }
+}
+
 // ---- shared checks; each throws a Failure naming the offending argument ----
 
 inline void need_count(qrn_int64 n, const char *what) {

@@ -16,10 +16,11 @@ void Streams::write(int which, const std::string &text) const {
 
 void Env::write(int which, const std::string &text) {
   streams.write(which, text);
-  if (dbg != nullptr) {
-    std::lock_guard<std::mutex> lock(dbg_mutex);
-    std::fputs(text.c_str(), dbg);
-    std::fflush(dbg);
+  std::lock_guard<std::mutex> lock(dbg_mutex);
+  for (std::FILE *f : {dbg, which >= 0 && which < 4 ? files[which] : nullptr}) {
+    if (f == nullptr) continue;
+    std::fputs(text.c_str(), f);
+    std::fflush(f);
   }
 }
 
@@ -219,6 +220,8 @@ void release(Env *env) {
   if (env == nullptr || env == global_env()) return;
   if (env->refs.fetch_sub(1) == 1) {
     if (env->dbg != nullptr) std::fclose(env->dbg);
+    for (std::FILE *f : env->files)
+      if (f != nullptr) std::fclose(f);
     delete static_cast<qrn_env_s *>(env);
   }
 }

@@ -31,6 +31,7 @@ struct Streams {
 struct Env {
   Streams streams;
   std::FILE *dbg = nullptr;          // copy of everything written to the streams
+  std::array<std::FILE *, 4> files{};  // per-stream copies (QRN_linkfiletoenvstream), under dbg_mutex
   std::atomic<int> refs{1};          // the owner, plus each task when garbage collection is on
   std::atomic<bool> garcol{false};
   std::mutex dbg_mutex;
