@@ -61,7 +61,7 @@ PyObject *Env_computesparsecholesky_iidOOOOOOOOOO_8(PyObject *self, PyObject *ar
   if (!PyArg_ParseTuple(args, "iidOOOOOOOOOO", &ordering, &regularization, &tolsingular, &o_anzc, &o_aptrc,
                         &o_asubc, &o_avalc, &o_perm, &o_diag, &o_lnzc, &o_lptrc, &o_lsubc, &o_lvalc))
     return nullptr;
-  Frame f;
+  Frame f(self);
   Arr anzc, aptrc, asubc, avalc;
   if (!f.view(o_anzc, 4, QRN_ARG(anzc), anzc)) return nullptr;
   if (!f.view(o_aptrc, 8, QRN_ARG(aptrc), aptrc)) return nullptr;
@@ -85,7 +85,7 @@ PyObject *Env_computesparsecholesky_iidOOOOOOOOOO_8(PyObject *self, PyObject *ar
   LibArray perm{env}, diag{env}, lnzc{env}, lptrc{env}, lsubc{env}, lvalc{env};
   qrn_int64 nnz = 0;
   const bool ok = f.call([&] {
-    return QRN_computesparsecholesky(env, ordering, regularization, tolsingular, n, anzc.as<qrn_int32>(),
+    return QRN_computesparsecholesky(f.env(), ordering, regularization, tolsingular, n, anzc.as<qrn_int32>(),
                                      aptrc.as<qrn_int64>(), asubc.as<qrn_int32>(), avalc.as<qrn_real>(),
                                      reinterpret_cast<qrn_int32 **>(&perm.ptr), reinterpret_cast<qrn_real **>(&diag.ptr),
                                      reinterpret_cast<qrn_int32 **>(&lnzc.ptr),
