@@ -2,6 +2,8 @@
 // (appending and removing constraints, variables and cones) that every
 // per-item array of a task follows.
 #include "errors.hpp"
+#include "conic.hpp"
+#include "semidefinite.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -93,6 +95,7 @@ void Task::append_vars(qrn_int32 num) {
   var_cone.resize(numvar, -1);
   varnames.resize(numvar);
   maxnumvar = std::max(maxnumvar, numvar);
+  conic_append_vars(*this);
 }
 
 // New position of every item (-1 for removed ones) and the new count.
@@ -149,6 +152,7 @@ void Task::remove_cons(const std::vector<bool> &remove) {
   compact(qcon, newindex, count);
   connames.remap(newindex, count);
   numcon = count;
+  sdp_remove_cons(*this, remove);
 }
 
 void Task::remove_vars(const std::vector<bool> &remove) {
@@ -173,6 +177,7 @@ void Task::remove_vars(const std::vector<bool> &remove) {
   compact(var_cone, newindex, count);
   varnames.remap(newindex, count);
   numvar = count;
+  conic_remove_vars(*this, remove);
 }
 
 void Task::remove_cones(const std::vector<bool> &remove) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "quarn.h"
+#include "sdp_data.hpp"
 
 #include <array>
 #include <atomic>
@@ -77,7 +78,8 @@ struct NameTable {
 // One solution of a task (QRN_SOL_ITR, QRN_SOL_BAS or QRN_SOL_ITG). When it is
 // defined, every vector has one entry per item the task holds: constraints for
 // skc, xc, y, slc, suc; variables for skx, xx, slx, sux, snx; cones for skn;
-// rows of affine conic constraints for doty.
+// rows of affine conic constraints for doty; semidefinite variables for barx
+// and bars (each the lower triangle by columns, d(d+1)/2 entries).
 struct Solution {
   bool defined = false;
   qrn_int32 prosta = QRN_PRO_STA_UNKNOWN;
@@ -85,6 +87,7 @@ struct Solution {
   std::vector<qrn_int32> skc, skx, skn;
   std::vector<double> xc, xx, y, slc, suc, slx, sux, snx;
   std::vector<double> doty;
+  std::vector<std::vector<double>> barx, bars;
 };
 
 struct Params {
@@ -154,6 +157,9 @@ struct Task {
   qrn_int32 maxnumcone = 0;
 
   NameTable connames, varnames, conenames;
+  ConicData conic;  // affine expressions, domains, ACCs, DJCs
+  SdpData sdp;      // semidefinite variables, symmetric matrix store, barC, barA
+  NameTable domnames, accnames, djcnames, barvarnames;
   std::string objname, taskname;
 
   Params par;
