@@ -14,8 +14,11 @@ A description file holds one table per library function:
     NAME: size T EXPR            a number the method computes and passes
     NAME: in T [EXPR]            input view (T: i32 i64 f64 u8); optional required length
     NAME: enum [EXPR]            enum array (4-byte codes); a required length makes it mandatory
+    NAME: optenum [EXPR]         enum array that may be None; when given, exactly EXPR codes
     NAME: out T [EXPR]           output array: a view in the in-place variant,
                                  a bytearray in the allocating one
+    NAME: inbuf T [EXPR]         input array: a view in the in-place variant, a
+                                 bytearray resized to EXPR elements in the other
     NAME: outenum [EXPR]         output enum array
     NAME: text [EXPR]            text output (always a bytearray)
     NAME: strlist                string list, passed as two views (offsets, bytes)
@@ -23,7 +26,12 @@ A description file holds one table per library function:
 
 EXPR is a C expression over scalar inputs, query results, size values and
 len(VIEW); `group(A,B,...)` names a length group (views in message order) and
-`extent(PTRB,PTRE)` the reach of a pointer pair into an index/value array.
+`extent(PTRB,PTRE)` the reach of a pointer pair into an index/value array,
+`span(PTR,NUM)` the reach of ranges given by start and count (NUM of 4- or
+8-byte integers), and `sum(VIEW)` the sum of the positive entries of a view of
+8-byte integers (negative counts are the library's to refuse; leaving them out
+keeps every prefix the library may use within the sum). A length written
+extent(...) or span(...) is a lower bound ("at least"); any other is exact.
 A query `VAR: T = FUNC(ARGS) [each]` is made just before the first argument
 that needs VAR (before every one with `each`); `?T` in ARGS stands for an
 output that is discarded and `@` for the position of VAR (last if absent).
@@ -46,7 +54,7 @@ WIDTH = {"i32": 4, "i64": 8, "f64": 8, "u8": 1}
 SCALAR = {"i": ("int", "qrn_int32", "int"), "L": ("long long", "qrn_int64", "int"),
           "d": ("double", "qrn_real", "float"), "s": ("const char *", "const char *", "str")}
 PAYLOAD = {"i32": ("i", "int"), "i64": ("L", "int"), "f64": ("d", "float"), "task": ("N", "Task")}
-ARRAYS = {"in", "enum", "out", "outenum", "text", "strlist", "tasks"}
+ARRAYS = {"in", "enum", "optenum", "out", "inbuf", "outenum", "text", "strlist", "tasks"}
 
 
 class DescriptionError(Exception):
@@ -56,7 +64,7 @@ class DescriptionError(Exception):
 @dataclass
 class Param:
     name: str
-    kind: str            # i L d s ret size in enum out outenum text strlist tasks
+    kind: str            # i L d s ret size in enum optenum out outenum text strlist tasks
     type: str = ""       # element or value type
     expr: str = ""       # required length or size expression
 
@@ -108,15 +116,15 @@ def parse_param(text: str, where: str) -> Param:
         p.expr = p.expr.strip()
         if p.type not in ("i32", "i64") or not p.expr:
             raise DescriptionError(f"{where}: {name}: size needs i32|i64 and an expression")
-    elif kind in ("in", "out"):
+    elif kind in ("in", "out", "inbuf"):
         t, _, length = tail.partition(" ")
         p.type = t
         if t not in WIDTH:
             raise DescriptionError(f"{where}: {name}: unknown element type {t!r}")
         p.expr = unbracket(length, where, name)
-        if kind == "out" and not p.expr:
+        if kind != "in" and not p.expr:
             raise DescriptionError(f"{where}: {name}: an output needs its length")
-    elif kind in ("enum", "outenum", "text"):
+    elif kind in ("enum", "optenum", "outenum", "text"):
         p.type = "i32" if kind != "text" else "u8"
         p.expr = unbracket(tail, where, name)
         if kind != "enum" and not p.expr:
@@ -181,7 +189,7 @@ def fmt_letters(fn: Function) -> str:
 
 
 def has_outputs(fn: Function) -> bool:
-    return any(p.kind in ("out", "outenum") for p in fn.params)
+    return any(p.kind in ("out", "outenum", "inbuf") for p in fn.params)
 
 
 def variants(fn: Function) -> dict[str, bool]:
@@ -189,7 +197,7 @@ def variants(fn: Function) -> dict[str, bool]:
     letters = fmt_letters(fn)
     base = (0 if fn.static else 1) + len(letters) - sum(p.kind == "strlist" for p in fn.params)
     texts = sum(p.kind == "text" for p in fn.params)
-    outs = sum(p.kind in ("out", "outenum") for p in fn.params)
+    outs = sum(p.kind in ("out", "outenum", "inbuf") for p in fn.params)
     names = {}
     if has_outputs(fn):
         names[f"{fn.name}_{letters}_{base - texts}"] = False
@@ -203,7 +211,7 @@ IDENT = re.compile(r"[A-Za-z_]\w*")
 
 
 def expr_names(expr: str) -> set[str]:
-    return set(IDENT.findall(expr)) - {"len", "group", "extent"}
+    return set(IDENT.findall(expr)) - {"len", "group", "extent", "span", "sum"}
 
 
 def check(fn: Function, where: str) -> None:
@@ -256,6 +264,8 @@ class Emitter:
     def cexpr(self, expr: str) -> str:
         expr = re.sub(r"len\((\w+)\)", r"\1.len", expr)
         expr = re.sub(r"extent\((\w+)\s*,\s*(\w+)\)", r"reach_\1_\2", expr)
+        expr = re.sub(r"span\((\w+)\s*,\s*(\w+)\)", r"span_\1_\2", expr)
+        expr = re.sub(r"sum\((\w+)\)", r"sum_\1", expr)
         scalars = {p.name for p in self.fn.params if p.kind in ("i", "L")}
         return IDENT.sub(lambda m: f"Py_ssize_t({m[0]})" if m[0] in scalars else m[0], expr)
 
@@ -328,14 +338,14 @@ class Emitter:
             self.w(f'if (!PyArg_ParseTuple(args, "{letters}", {", ".join(targets)})) return nullptr;')
 
     def is_view(self, p: Param) -> bool:
-        return p.kind in ("in", "enum") or (p.kind in ("out", "outenum") and not self.alloc)
+        return p.kind in ("in", "enum", "optenum") or (p.kind in ("out", "outenum", "inbuf") and not self.alloc)
 
     def is_bytearray(self, p: Param) -> bool:
-        return p.kind == "text" or (p.kind in ("out", "outenum") and self.alloc)
+        return p.kind == "text" or (p.kind in ("out", "outenum", "inbuf") and self.alloc)
 
     def arrays(self) -> None:
         fn = self.fn
-        arrs = [p for p in fn.params if p.kind in ("in", "enum", "out", "outenum", "text")]
+        arrs = [p for p in fn.params if p.kind in ("in", "enum", "optenum", "out", "inbuf", "outenum", "text")]
         if arrs:
             self.w(f"Arr {', '.join(p.name for p in arrs)};")
         for p in fn.params:
@@ -371,8 +381,13 @@ class Emitter:
         reaches = dict.fromkeys(re.findall(r"extent\((\w+)\s*,\s*(\w+)\)", " ".join(p.expr for p in fn.params)))
         for a, b in reaches:
             self.w(f"const Py_ssize_t reach_{a}_{b} = Frame::extent({a}, {b});")
+        exprs = " ".join(p.expr for p in fn.params)
+        for a, b in dict.fromkeys(re.findall(r"span\((\w+)\s*,\s*(\w+)\)", exprs)):
+            self.w(f"const Py_ssize_t span_{a}_{b} = Frame::span({a}, {b}, {WIDTH[self.param(b).type]});")
+        for a in dict.fromkeys(re.findall(r"sum\((\w+)\)", exprs)):
+            self.w(f"const Py_ssize_t sum_{a} = Frame::sum({a});")
         for p in fn.params:
-            if p.kind in ("in", "enum") and p.expr and not self.query_vars(p.expr):
+            if p.kind in ("in", "enum", "optenum") and p.expr and not self.query_vars(p.expr):
                 self.length_check(p)
         if fn.groups:
             self.w("if (!f.checked()) return nullptr;")
@@ -390,16 +405,19 @@ class Emitter:
                 bytewise = ", true" if p.kind in ("text", "outenum") else ""
                 self.w(f"if (!f.alloc(o_{p.name}, {self.cexpr(p.expr)}, {WIDTH[p.type]}, QRN_ARG({p.name}), "
                        f"{p.name}{bytewise})) return nullptr;")
-            elif p.kind in ("out", "outenum") or (p.kind in ("in", "enum") and self.query_vars(p.expr)):
+            elif p.kind in ("out", "outenum", "inbuf") or \
+                    (p.kind in ("in", "enum", "optenum") and self.query_vars(p.expr)):
                 self.fire(p.expr)
                 self.length_check(p)
 
     def length_check(self, p: Param) -> None:
         need = self.cexpr(p.expr)
-        if re.fullmatch(r"extent\(.*\)", p.expr.strip()):
+        if re.fullmatch(r"(extent|span)\(.*\)", p.expr.strip()):
             self.w(f'if (!f.at_least({p.name}, {need}, "Array is too short in argument {p.name}")) return nullptr;')
         elif p.kind in ("enum", "outenum"):
             self.w(f"if (!f.required_enum({p.name}, {need}, QRN_ARG({p.name}))) return nullptr;")
+        elif p.kind == "optenum":
+            self.w(f'if (!f.length({p.name}, {need}, "Argument {p.name} is too short")) return nullptr;')
         else:
             self.w(f'if (!f.length({p.name}, {need}, "Array is too short in argument {p.name}")) return nullptr;')
 
@@ -417,7 +435,7 @@ class Emitter:
                 self.w(f"{CTYPE[p.type]} {p.name} = 0;")
         args = [] if fn.static else [self.handle()]
         for p in fn.params:
-            if p.kind in ("in", "enum", "out", "outenum", "text"):
+            if p.kind in ("in", "enum", "optenum", "out", "inbuf", "outenum", "text"):
                 args.append(f"{p.name}.as<{'char' if p.type == 'u8' else CTYPE[p.type]}>()")
             elif p.kind == "ret":
                 args.append(f"&{p.name}")
@@ -525,7 +543,7 @@ def stub_signature(fn: Function, alloc: bool) -> str:
             args += [f"{p.name}: memoryview | None", f"{p.name}_text: memoryview | None"]
         elif p.kind == "tasks":
             args.append(f"{p.name}: list[Task] | None")
-        elif p.kind == "text" or (alloc and p.kind in ("out", "outenum")):
+        elif p.kind == "text" or (alloc and p.kind in ("out", "outenum", "inbuf")):
             args.append(f"{p.name}: bytearray")
         elif p.kind in ARRAYS:
             args.append(f"{p.name}: memoryview | None")
