@@ -225,19 +225,22 @@ void set_frow(Task &t, qrn_int64 r, std::vector<FEntry> entries) {
   AfeStore &f = store(t);
   fit_columns(t);
   auto &old = f.rows[r];
-  // Walk both sorted rows: variables leaving lose a count, variables arriving gain one.
+  // Walk both sorted rows: variables leaving lose a count, variables arriving
+  // gain one once the row holds them (a compaction then keeps this row).
+  std::vector<qrn_int32> arriving;
   size_t a = 0, b = 0;
   while (a < old.size() || b < entries.size()) {
     if (b == entries.size() || (a < old.size() && old[a].var < entries[b].var)) {
       --f.colcount[old[a++].var];
     } else if (a == old.size() || entries[b].var < old[a].var) {
-      column_gains(f, entries[b++].var, r);
+      arriving.push_back(entries[b++].var);
     } else {
       ++a, ++b;
     }
   }
   f.nnz += static_cast<qrn_int64>(entries.size()) - static_cast<qrn_int64>(old.size());
   old = std::move(entries);
+  for (qrn_int32 j : arriving) column_gains(f, j, r);
 }
 
 void conic_append_vars(Task &t) { fit_columns(t); }
@@ -254,10 +257,11 @@ void conic_remove_vars(Task &t, const std::vector<bool> &remove) {
     auto &row = f.rows[r];
     size_t w = 0;
     for (auto &e : row) {
-      if (e.var >= static_cast<qrn_int32>(newindex.size()) || newindex[e.var] < 0) continue;
-      row[w++] = FEntry{newindex[e.var], e.val};
-      f.colrows[newindex[e.var]].push_back(static_cast<qrn_int64>(r));
-      ++f.colcount[newindex[e.var]];
+      qrn_int32 j = e.var < static_cast<qrn_int32>(newindex.size()) ? newindex[e.var] : -1;
+      if (j < 0) continue;
+      row[w++] = FEntry{j, e.val};
+      f.colrows[j].push_back(static_cast<qrn_int64>(r));
+      ++f.colcount[j];
     }
     row.resize(w);
     f.nnz += static_cast<qrn_int64>(w);
