@@ -225,6 +225,12 @@ void set_frow(Task &t, qrn_int64 r, std::vector<FEntry> entries) {
   AfeStore &f = store(t);
   fit_columns(t);
   auto &old = f.rows[r];
+  if (old.empty()) {  // a fresh row: every variable arrives
+    f.nnz += static_cast<qrn_int64>(entries.size());
+    old = std::move(entries);
+    for (const FEntry &e : old) column_gains(f, e.var, r);
+    return;
+  }
   // Walk both sorted rows: variables leaving lose a count, variables arriving
   // gain one once the row holds them (a compaction then keeps this row).
   std::vector<qrn_int32> arriving;
