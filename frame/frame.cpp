@@ -75,6 +75,36 @@ Py_ssize_t Frame::extent(const Arr &ptrb, const Arr &ptre) {
   return static_cast<Py_ssize_t>(end);
 }
 
+Py_ssize_t Frame::span(const Arr &ptr, const Arr &num, int numwidth) {
+  Py_ssize_t n = ptr.len < num.len ? ptr.len : num.len;
+  qrn_int64 end = 0;
+  for (Py_ssize_t k = 0; k < n; ++k) {
+    qrn_int64 p, c;
+    std::memcpy(&p, static_cast<const char *>(ptr.ptr) + 8 * k, 8);
+    if (numwidth == 4) {
+      qrn_int32 c32;
+      std::memcpy(&c32, static_cast<const char *>(num.ptr) + 4 * k, 4);
+      c = c32;
+    } else {
+      std::memcpy(&c, static_cast<const char *>(num.ptr) + 8 * k, 8);
+    }
+    if (c <= 0 || p < 0) continue;
+    qrn_int64 e = p > PY_SSIZE_T_MAX - c ? PY_SSIZE_T_MAX : p + c;
+    if (e > end) end = e;
+  }
+  return static_cast<Py_ssize_t>(end);
+}
+
+Py_ssize_t Frame::sum(const Arr &a) {
+  qrn_int64 total = 0;
+  for (Py_ssize_t k = 0; k < a.len; ++k) {
+    qrn_int64 v;
+    std::memcpy(&v, static_cast<const char *>(a.ptr) + 8 * k, 8);
+    if (v > 0) total = v > PY_SSIZE_T_MAX - total ? PY_SSIZE_T_MAX : total + v;
+  }
+  return static_cast<Py_ssize_t>(total);
+}
+
 bool Frame::bytearray(PyObject *o, const ArgMsgs &m) {
   if (!PyByteArray_Check(o)) return type_error(m.bytearray);
   return true;

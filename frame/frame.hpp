@@ -129,6 +129,11 @@ class Frame {
   static bool inside(long long first, long long last, long long n) { return 0 <= first && first <= last && last <= n; }
   // One past the last position that the pairs ptrb[k] < ptre[k] reach.
   static Py_ssize_t extent(const Arr &ptrb, const Arr &ptre);
+  // One past the last position that the ranges [ptr[k], ptr[k] + num[k]) with
+  // num[k] > 0 reach; num holds `numwidth`-byte integers.
+  static Py_ssize_t span(const Arr &ptr, const Arr &num, int numwidth);
+  // The positive entries of a view of 8-byte integers added up (saturating).
+  static Py_ssize_t sum(const Arr &a);
 
   // Output bytearray: type test only (texts and enum bytearrays are tested
   // before any count query).

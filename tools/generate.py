@@ -19,6 +19,8 @@ A description file holds one table per library function:
     NAME: optenum [EXPR]         enum array with a required length that may be None
     NAME: out T [EXPR]           output array: a view in the in-place variant,
                                  a bytearray in the allocating one
+    NAME: inbuf T [EXPR]         input array: a view in the in-place variant, a
+                                 bytearray resized to EXPR elements in the other
     NAME: outenum [EXPR]         output enum array
     NAME: inbuf T [EXPR]         input array: a view of length EXPR (or None) in the first
                                  variant, a bytearray resized to EXPR elements (keeping its
@@ -29,7 +31,12 @@ A description file holds one table per library function:
 
 EXPR is a C expression over scalar inputs, query results, size values and
 len(VIEW); `group(A,B,...)` names a length group (views in message order) and
-`extent(PTRB,PTRE)` the reach of a pointer pair into an index/value array.
+`extent(PTRB,PTRE)` the reach of a pointer pair into an index/value array,
+`span(PTR,NUM)` the reach of ranges given by start and count (NUM of 4- or
+8-byte integers), and `sum(VIEW)` the sum of the positive entries of a view of
+8-byte integers (negative counts are the library's to refuse; leaving them out
+keeps every prefix the library may use within the sum). A length written
+extent(...) or span(...) is a lower bound ("at least"); any other is exact.
 A query `VAR: T = FUNC(ARGS) [each]` is made just before the first argument
 that needs VAR (before every one with `each`); `?T` in ARGS stands for an
 output that is discarded and `@` for the position of VAR (last if absent).
@@ -222,7 +229,7 @@ IDENT = re.compile(r"[A-Za-z_]\w*")
 
 
 def expr_names(expr: str) -> set[str]:
-    return set(IDENT.findall(expr)) - {"len", "group", "extent"}
+    return set(IDENT.findall(expr)) - {"len", "group", "extent", "span", "sum"}
 
 
 def check(fn: Function, where: str) -> None:
@@ -282,6 +289,8 @@ class Emitter:
     def cexpr(self, expr: str) -> str:
         expr = re.sub(r"len\((\w+)\)", r"\1.len", expr)
         expr = re.sub(r"extent\((\w+)\s*,\s*(\w+)\)", r"reach_\1_\2", expr)
+        expr = re.sub(r"span\((\w+)\s*,\s*(\w+)\)", r"span_\1_\2", expr)
+        expr = re.sub(r"sum\((\w+)\)", r"sum_\1", expr)
         scalars = {p.name for p in self.fn.params if p.kind in ("i", "L")}
         return IDENT.sub(lambda m: f"Py_ssize_t({m[0]})" if m[0] in scalars else m[0], expr)
 
@@ -399,6 +408,11 @@ class Emitter:
         reaches = dict.fromkeys(re.findall(r"extent\((\w+)\s*,\s*(\w+)\)", " ".join(p.expr for p in fn.params)))
         for a, b in reaches:
             self.w(f"const Py_ssize_t reach_{a}_{b} = Frame::extent({a}, {b});")
+        exprs = " ".join(p.expr for p in fn.params)
+        for a, b in dict.fromkeys(re.findall(r"span\((\w+)\s*,\s*(\w+)\)", exprs)):
+            self.w(f"const Py_ssize_t span_{a}_{b} = Frame::span({a}, {b}, {WIDTH[self.param(b).type]});")
+        for a in dict.fromkeys(re.findall(r"sum\((\w+)\)", exprs)):
+            self.w(f"const Py_ssize_t sum_{a} = Frame::sum({a});")
         for p in fn.params:
             if self.is_input_view(p) and p.expr and not self.query_vars(p.expr):
                 self.length_check(p)
@@ -444,7 +458,7 @@ class Emitter:
 
     def length_check(self, p: Param) -> None:
         need = self.cexpr(p.expr)
-        if re.fullmatch(r"extent\(.*\)", p.expr.strip()):
+        if re.fullmatch(r"(extent|span)\(.*\)", p.expr.strip()):
             self.w(f'if (!f.at_least({p.name}, {need}, "Array is too short in argument {p.name}")) return nullptr;')
         elif p.kind in ("enum", "outenum"):
             self.w(f"if (!f.required_enum({p.name}, {need}, QRN_ARG({p.name}))) return nullptr;")

@@ -114,6 +114,25 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")        \
   X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")               \
   X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")          \
+  /* conic and semidefinite data */                                                                  \
+  X(QRN_RES_ERR_INDEX_AFE, 1700, "An affine expression index is out of range.")                       \
+  X(QRN_RES_ERR_INDEX_DOMAIN, 1701, "A domain index is out of range.")                                \
+  X(QRN_RES_ERR_INDEX_ACC, 1702, "An affine conic constraint index is out of range.")                 \
+  X(QRN_RES_ERR_INDEX_DJC, 1703, "A disjunctive constraint index is out of range.")                   \
+  X(QRN_RES_ERR_INDEX_BARVAR, 1704, "A semidefinite variable index is out of range.")                 \
+  X(QRN_RES_ERR_INDEX_SYMMAT, 1705, "A symmetric matrix index is out of range.")                      \
+  X(QRN_RES_ERR_DOMAIN_DIMENSION, 1706, "The dimension is not allowed for the domain type.")          \
+  X(QRN_RES_ERR_DOMAIN_POWER_WEIGHTS, 1707, "Power cone weights are not positive and finite, or too many.") \
+  X(QRN_RES_ERR_DOMAIN_NOT_POWER, 1708, "The domain is not a power cone.")                            \
+  X(QRN_RES_ERR_ACC_SIZE, 1709, "The number of affine expressions differs from the domains' dimensions.") \
+  X(QRN_RES_ERR_DJC_TERMS, 1710, "The term sizes of a disjunctive constraint do not partition its domains.") \
+  X(QRN_RES_ERR_SYMMAT_UPPER, 1711, "A symmetric matrix entry lies in the upper triangle (column > row).") \
+  X(QRN_RES_ERR_SYMMAT_RANGE, 1712, "A symmetric matrix entry lies outside the matrix dimension.")    \
+  X(QRN_RES_ERR_SYMMAT_REPEATED, 1713, "A symmetric matrix entry is given twice.")                    \
+  X(QRN_RES_ERR_SYMMAT_DIM, 1714, "A matrix dimension differs from that of its semidefinite variable.") \
+  X(QRN_RES_ERR_BARVAR_DIM, 1715, "A semidefinite variable dimension is not positive.")               \
+  X(QRN_RES_ERR_BAR_POSITION, 1716, "The position names no non-zero semidefinite coefficient.")      \
+  X(QRN_RES_ERR_EIGEN, 1719, "An eigenvalue computation did not converge.") \
   X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.") \
   X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                      \
   X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")   \
@@ -220,8 +239,9 @@ enum qrn_stakey_e {
 enum qrn_probtype_e {
   QRN_PROBTYPE_LINEAR = 0,    /* linear objective and constraints */
   QRN_PROBTYPE_QUADRATIC = 1, /* quadratic objective or constraint terms */
-  QRN_PROBTYPE_CONIC = 2,     /* at least one cone */
-  QRN_PROBTYPE_MIXED = 3      /* quadratic terms and cones together */
+  QRN_PROBTYPE_CONIC = 2,     /* conic data: a cone, an affine conic or disjunctive constraint,
+                                 or a semidefinite variable */
+  QRN_PROBTYPE_MIXED = 3      /* quadratic terms and conic data together */
 };
 
 /* ---- solutions -------------------------------------------------------------
@@ -1057,8 +1077,9 @@ QRN_API qrn_rescode QRN_CALL QRN_getdouinf(qrn_task_t task, qrn_int32 whichdinf,
 QRN_API qrn_rescode QRN_CALL QRN_getintinf(qrn_task_t task, qrn_int32 whichiinf, qrn_int32 *ivalue);
 QRN_API qrn_rescode QRN_CALL QRN_getlintinf(qrn_task_t task, qrn_int32 whichliinf, qrn_int64 *ivalue);
 /* The problem type of the task's data (qrn_probtype_e): conic when it has
-   cones, quadratic when it has quadratic objective or constraint terms, mixed
-   when it has both. */
+   conic data (cones, affine conic or disjunctive constraints, semidefinite
+   variables), quadratic when it has quadratic objective or constraint terms,
+   mixed when it has both. */
 QRN_API qrn_rescode QRN_CALL QRN_getprobtype(qrn_task_t task, qrn_int32 *probtype);
 
 /* ======================================================================= */
@@ -1580,6 +1601,476 @@ QRN_API qrn_rescode QRN_CALL QRN_echointro(qrn_env_t env, qrn_int32 longver);
    cannot be opened is QRN_RES_ERR_FILE_OPEN and the earlier link stays. */
 QRN_API qrn_rescode QRN_CALL QRN_linkfiletoenvstream(qrn_env_t env, qrn_int32 whichstream,
                                                      const char *filename, qrn_int32 append);
+
+/* ======================================================================= */
+/* Conic data: affine expressions, domains, affine conic and disjunctive   */
+/* constraints                                                              */
+/* ======================================================================= */
+/* Affine expressions, addressed by 64-bit indexes, are the rows of
+       F x + barF(barX) + g,
+   where F is a sparse matrix over the scalar variables, g a vector, and the
+   barF part of expression r is sum_j <barF_rj, barX_j>, each barF_rj a
+   weighted sum of store matrices (see "Semidefinite data" below). Affine conic
+   constraints (ACCs) and disjunctive constraints (DJCs) refer to expressions
+   by index and hold none of their own coefficients.
+
+   F entries: indexes are checked (QRN_RES_ERR_INDEX_AFE, QRN_RES_ERR_INDEX_VAR),
+   values must be finite (QRN_RES_ERR_VALUE_NAN), and a value of 0 is not
+   stored (writing 0 removes the entry). Row and column writers replace the
+   whole row (column) and refuse a repeated index (QRN_RES_ERR_DUP_INDEX); in
+   putafefentrylist a later duplicate overwrites an earlier one. Rows are read
+   in increasing variable order; reading one row costs its length, and
+   clearing a column costs the rows that hold it. Every call checks all its
+   input before the task changes. */
+QRN_API qrn_rescode QRN_CALL QRN_putmaxnumafe(qrn_task_t task, qrn_int64 maxnumafe);
+QRN_API qrn_rescode QRN_CALL QRN_getnumafe(qrn_task_t task, qrn_int64 *numafe);
+/* Appends num expressions with empty rows and g = 0. */
+QRN_API qrn_rescode QRN_CALL QRN_appendafes(qrn_task_t task, qrn_int64 num);
+QRN_API qrn_rescode QRN_CALL QRN_putafefentry(qrn_task_t task, qrn_int64 afeidx, qrn_int32 varidx,
+                                              qrn_real value);
+QRN_API qrn_rescode QRN_CALL QRN_putafefentrylist(qrn_task_t task, qrn_int64 numentr,
+                                                  const qrn_int64 *afeidx, const qrn_int32 *varidx,
+                                                  const qrn_real *val);
+QRN_API qrn_rescode QRN_CALL QRN_emptyafefrow(qrn_task_t task, qrn_int64 afeidx);
+QRN_API qrn_rescode QRN_CALL QRN_emptyafefcol(qrn_task_t task, qrn_int32 varidx);
+QRN_API qrn_rescode QRN_CALL QRN_emptyafefrowlist(qrn_task_t task, qrn_int64 numafeidx,
+                                                  const qrn_int64 *afeidx);
+QRN_API qrn_rescode QRN_CALL QRN_emptyafefcollist(qrn_task_t task, qrn_int64 numvaridx,
+                                                  const qrn_int32 *varidx);
+QRN_API qrn_rescode QRN_CALL QRN_putafefrow(qrn_task_t task, qrn_int64 afeidx, qrn_int32 numnz,
+                                            const qrn_int32 *varidx, const qrn_real *val);
+/* Replaces rows afeidx[k] by varidx/val[ptrrow[k] .. ptrrow[k]+numnzrow[k]-1];
+   every such range must lie inside 0..lenidxval (QRN_RES_ERR_PTR_RANGE), and
+   a row may be listed once (QRN_RES_ERR_DUP_INDEX). */
+QRN_API qrn_rescode QRN_CALL QRN_putafefrowlist(qrn_task_t task, qrn_int64 numafeidx,
+                                                const qrn_int64 *afeidx, const qrn_int32 *numnzrow,
+                                                const qrn_int64 *ptrrow, qrn_int64 lenidxval,
+                                                const qrn_int32 *varidx, const qrn_real *val);
+QRN_API qrn_rescode QRN_CALL QRN_putafefcol(qrn_task_t task, qrn_int32 varidx, qrn_int64 numnz,
+                                            const qrn_int64 *afeidx, const qrn_real *val);
+QRN_API qrn_rescode QRN_CALL QRN_getafefrownumnz(qrn_task_t task, qrn_int64 afeidx, qrn_int32 *numnz);
+QRN_API qrn_rescode QRN_CALL QRN_getafefnumnz(qrn_task_t task, qrn_int64 *numnz);
+QRN_API qrn_rescode QRN_CALL QRN_getafefrow(qrn_task_t task, qrn_int64 afeidx, qrn_int32 *numnz,
+                                            qrn_int32 *varidx, qrn_real *val);
+/* All of F as getafefnumnz triplets, row by row. */
+QRN_API qrn_rescode QRN_CALL QRN_getafeftrip(qrn_task_t task, qrn_int64 *afeidx, qrn_int32 *varidx,
+                                             qrn_real *val);
+QRN_API qrn_rescode QRN_CALL QRN_putafeg(qrn_task_t task, qrn_int64 afeidx, qrn_real g);
+QRN_API qrn_rescode QRN_CALL QRN_getafeg(qrn_task_t task, qrn_int64 afeidx, qrn_real *g);
+QRN_API qrn_rescode QRN_CALL QRN_putafeglist(qrn_task_t task, qrn_int64 numafeidx,
+                                             const qrn_int64 *afeidx, const qrn_real *g);
+QRN_API qrn_rescode QRN_CALL QRN_putafegslice(qrn_task_t task, qrn_int64 first, qrn_int64 last,
+                                              const qrn_real *slice);
+QRN_API qrn_rescode QRN_CALL QRN_getafegslice(qrn_task_t task, qrn_int64 first, qrn_int64 last,
+                                              qrn_real *g);
+/* barF. Entry (r, j) is the weighted sum of store matrices termidx with
+   termweight (each of the dimension of semidefinite variable j, else
+   QRN_RES_ERR_SYMMAT_DIM); writing an entry replaces it, and an entry with no
+   terms is removed. Entries of a row are read in increasing j, their terms in
+   the order written. putafebarfentrylist sets entries (afeidx[k],
+   barvaridx[k]) from the terms ptrterm[k] .. ptrterm[k]+numterm[k]-1 of
+   termidx/termweight (inside 0..lenterm, else QRN_RES_ERR_PTR_RANGE);
+   putafebarfrow replaces a whole row that way. */
+QRN_API qrn_rescode QRN_CALL QRN_putafebarfentry(qrn_task_t task, qrn_int64 afeidx, qrn_int32 barvaridx,
+                                                 qrn_int64 numterm, const qrn_int64 *termidx,
+                                                 const qrn_real *termweight);
+QRN_API qrn_rescode QRN_CALL QRN_putafebarfentrylist(qrn_task_t task, qrn_int64 numafeidx,
+                                                     const qrn_int64 *afeidx, const qrn_int32 *barvaridx,
+                                                     const qrn_int64 *numterm, const qrn_int64 *ptrterm,
+                                                     qrn_int64 lenterm, const qrn_int64 *termidx,
+                                                     const qrn_real *termweight);
+QRN_API qrn_rescode QRN_CALL QRN_putafebarfrow(qrn_task_t task, qrn_int64 afeidx, qrn_int32 numentr,
+                                               const qrn_int32 *barvaridx, const qrn_int64 *numterm,
+                                               const qrn_int64 *ptrterm, qrn_int64 lenterm,
+                                               const qrn_int64 *termidx, const qrn_real *termweight);
+QRN_API qrn_rescode QRN_CALL QRN_emptyafebarfrow(qrn_task_t task, qrn_int64 afeidx);
+QRN_API qrn_rescode QRN_CALL QRN_emptyafebarfrowlist(qrn_task_t task, qrn_int64 numafeidx,
+                                                     const qrn_int64 *afeidxlist);
+QRN_API qrn_rescode QRN_CALL QRN_getafebarfnumrowentries(qrn_task_t task, qrn_int64 afeidx,
+                                                         qrn_int32 *numentr);
+/* Entries of the row, and their terms in all. */
+QRN_API qrn_rescode QRN_CALL QRN_getafebarfrowinfo(qrn_task_t task, qrn_int64 afeidx, qrn_int32 *numentr,
+                                                   qrn_int64 *numterm);
+/* Entry k of the row: barvaridx[k], its terms at ptrterm[k] .. ptrterm[k] +
+   numterm[k] - 1 of termidx/termweight (sizes from getafebarfrowinfo). */
+QRN_API qrn_rescode QRN_CALL QRN_getafebarfrow(qrn_task_t task, qrn_int64 afeidx, qrn_int32 *barvaridx,
+                                               qrn_int64 *ptrterm, qrn_int64 *numterm, qrn_int64 *termidx,
+                                               qrn_real *termweight);
+/* Block triplets: the lower-triangle entries (subk >= subl) of the matrices
+   barF_rj themselves. Writing them replaces every entry (afeidx, barvaridx)
+   that they mention by the sum of its triplets (repeated positions add up),
+   which becomes a new store matrix with weight 1. Reading expands every entry
+   into its non-zero positions: by expression, variable, then column and row. */
+QRN_API qrn_rescode QRN_CALL QRN_putafebarfblocktriplet(qrn_task_t task, qrn_int64 numtrip,
+                                                        const qrn_int64 *afeidx, const qrn_int32 *barvaridx,
+                                                        const qrn_int32 *subk, const qrn_int32 *subl,
+                                                        const qrn_real *valkl);
+QRN_API qrn_rescode QRN_CALL QRN_getafebarfnumblocktriplets(qrn_task_t task, qrn_int64 *numtrip);
+QRN_API qrn_rescode QRN_CALL QRN_getafebarfblocktriplet(qrn_task_t task, qrn_int64 maxnumtrip,
+                                                        qrn_int64 *numtrip, qrn_int64 *afeidx,
+                                                        qrn_int32 *barvaridx, qrn_int32 *subk,
+                                                        qrn_int32 *subl, qrn_real *valkl);
+
+/* Domains, addressed by 64-bit indexes, are only appended. Each append
+   returns the new index in *domidx. With x the n values that lie in the
+   domain (x0, x1, ...; "x_k:" the entries from k on):
+     RPLUS  x >= 0       RMINUS  x <= 0       R  any x      RZERO  x = 0     (n >= 0)
+     QUADRATIC_CONE   x0 >= ||x1:||                                            (n >= 1)
+     RQUADRATIC_CONE  2 x0 x1 >= ||x2:||^2, x0, x1 >= 0                        (n >= 2)
+     PRIMAL_EXP_CONE  x0 >= x1 exp(x2/x1), x0, x1 >= 0 (and its closure x1 = 0:
+                      x0 >= 0, x2 <= 0)                                        (n = 3)
+     DUAL_EXP_CONE    x0 >= -x2 exp(x1/x2 - 1), x0 >= 0, x2 <= 0 (closure x2 = 0:
+                      x0, x1 >= 0)                                             (n = 3)
+     PRIMAL_POWER_CONE  prod_{i<nleft} x_i^alpha_i >= ||x_nleft:||, x_i >= 0 for i < nleft
+     DUAL_POWER_CONE    prod_{i<nleft} (x_i/alpha_i)^alpha_i >= ||x_nleft:||, x_i >= 0
+                        (1 <= nleft <= n; nleft weights, positive and finite,
+                        normalised by the library to sum 1)
+     PRIMAL_GEO_MEAN_CONE  (prod_{i<n-1} x_i)^(1/(n-1)) >= |x_{n-1}|, x_i >= 0   (n >= 2)
+     DUAL_GEO_MEAN_CONE    (n-1) (prod_{i<n-1} x_i)^(1/(n-1)) >= |x_{n-1}|, x_i >= 0 (n >= 2)
+     SVEC_PSD_CONE  the symmetric d x d matrices that are positive semidefinite,
+                    as the lower triangle by columns with the off-diagonal
+                    entries scaled by sqrt(2); n = d(d+1)/2, d >= 1.
+   Another dimension is QRN_RES_ERR_DOMAIN_DIMENSION, bad weights
+   QRN_RES_ERR_DOMAIN_POWER_WEIGHTS. The dual cones: RPLUS, RMINUS, both
+   quadratic cones and SVEC_PSD are their own; R and RZERO are each other's;
+   the primal and dual exponential, power (same weights) and geometric-mean
+   cones are each other's. */
+enum qrn_domaintype_e {
+  QRN_DOMAIN_R = 0,
+  QRN_DOMAIN_RZERO = 1,
+  QRN_DOMAIN_RPLUS = 2,
+  QRN_DOMAIN_RMINUS = 3,
+  QRN_DOMAIN_QUADRATIC_CONE = 4,
+  QRN_DOMAIN_RQUADRATIC_CONE = 5,
+  QRN_DOMAIN_PRIMAL_EXP_CONE = 6,
+  QRN_DOMAIN_DUAL_EXP_CONE = 7,
+  QRN_DOMAIN_PRIMAL_POWER_CONE = 8,
+  QRN_DOMAIN_DUAL_POWER_CONE = 9,
+  QRN_DOMAIN_PRIMAL_GEO_MEAN_CONE = 10,
+  QRN_DOMAIN_DUAL_GEO_MEAN_CONE = 11,
+  QRN_DOMAIN_SVEC_PSD_CONE = 12
+};
+QRN_API qrn_rescode QRN_CALL QRN_appendrplusdomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendrminusdomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendrdomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendrzerodomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendquadraticconedomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendrquadraticconedomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendprimalexpconedomain(qrn_task_t task, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appenddualexpconedomain(qrn_task_t task, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendprimalpowerconedomain(qrn_task_t task, qrn_int64 n, qrn_int64 nleft,
+                                                             const qrn_real *alpha, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appenddualpowerconedomain(qrn_task_t task, qrn_int64 n, qrn_int64 nleft,
+                                                           const qrn_real *alpha, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendprimalgeomeanconedomain(qrn_task_t task, qrn_int64 n,
+                                                               qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appenddualgeomeanconedomain(qrn_task_t task, qrn_int64 n,
+                                                             qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_appendsvecpsdconedomain(qrn_task_t task, qrn_int64 n, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_putmaxnumdomain(qrn_task_t task, qrn_int64 maxnumdomain);
+QRN_API qrn_rescode QRN_CALL QRN_getnumdomain(qrn_task_t task, qrn_int64 *numdomain);
+QRN_API qrn_rescode QRN_CALL QRN_getdomaintype(qrn_task_t task, qrn_int64 domidx, qrn_int32 *domtype);
+QRN_API qrn_rescode QRN_CALL QRN_getdomainn(qrn_task_t task, qrn_int64 domidx, qrn_int64 *n);
+/* Power cones only (else QRN_RES_ERR_DOMAIN_NOT_POWER); the weights are read
+   back normalised. */
+QRN_API qrn_rescode QRN_CALL QRN_getpowerdomaininfo(qrn_task_t task, qrn_int64 domidx, qrn_int64 *n,
+                                                    qrn_int64 *nleft);
+QRN_API qrn_rescode QRN_CALL QRN_getpowerdomainalpha(qrn_task_t task, qrn_int64 domidx, qrn_real *alpha);
+
+/* Affine conic constraints. ACC k requires
+       (F x + barF(barX) + g)[afeidxlist] - b  in  domain domidx,
+   the number of expressions being the domain's dimension (else
+   QRN_RES_ERR_ACC_SIZE); an expression may occur in several ACCs and several
+   times in one. A null b means b = 0. The ACCs' rows are stacked in order:
+   "total size" (getaccntot) counts them, and the stacked forms (getaccs,
+   getaccftrip, getaccgvector, getaccbarfblocktriplet) list row by row. The
+   appendaccs/putacclist forms concatenate afeidxlist and b over the ACCs;
+   appendaccsseq gives ACC k the numafeidx expressions following those of
+   ACC k-1, from afeidxfirst on. */
+QRN_API qrn_rescode QRN_CALL QRN_putmaxnumacc(qrn_task_t task, qrn_int64 maxnumacc);
+QRN_API qrn_rescode QRN_CALL QRN_getnumacc(qrn_task_t task, qrn_int64 *num);
+QRN_API qrn_rescode QRN_CALL QRN_appendacc(qrn_task_t task, qrn_int64 domidx, qrn_int64 numafeidx,
+                                           const qrn_int64 *afeidxlist, const qrn_real *b);
+QRN_API qrn_rescode QRN_CALL QRN_appendaccs(qrn_task_t task, qrn_int64 numaccs, const qrn_int64 *domidxs,
+                                            qrn_int64 numafeidx, const qrn_int64 *afeidxlist,
+                                            const qrn_real *b);
+QRN_API qrn_rescode QRN_CALL QRN_appendaccseq(qrn_task_t task, qrn_int64 domidx, qrn_int64 numafeidx,
+                                              qrn_int64 afeidxfirst, const qrn_real *b);
+QRN_API qrn_rescode QRN_CALL QRN_appendaccsseq(qrn_task_t task, qrn_int64 numaccs, const qrn_int64 *domidxs,
+                                               qrn_int64 numafeidx, qrn_int64 afeidxfirst, const qrn_real *b);
+/* Replaces ACC accidx (its size may change). */
+QRN_API qrn_rescode QRN_CALL QRN_putacc(qrn_task_t task, qrn_int64 accidx, qrn_int64 domidx,
+                                        qrn_int64 numafeidx, const qrn_int64 *afeidxlist, const qrn_real *b);
+QRN_API qrn_rescode QRN_CALL QRN_putacclist(qrn_task_t task, qrn_int64 numaccs, const qrn_int64 *accidxs,
+                                            const qrn_int64 *domidxs, qrn_int64 numafeidx,
+                                            const qrn_int64 *afeidxlist, const qrn_real *b);
+/* lengthb must be the ACC's size. */
+QRN_API qrn_rescode QRN_CALL QRN_putaccb(qrn_task_t task, qrn_int64 accidx, qrn_int64 lengthb,
+                                         const qrn_real *b);
+QRN_API qrn_rescode QRN_CALL QRN_putaccbj(qrn_task_t task, qrn_int64 accidx, qrn_int64 j, qrn_real bj);
+QRN_API qrn_rescode QRN_CALL QRN_getaccdomain(qrn_task_t task, qrn_int64 accidx, qrn_int64 *domidx);
+QRN_API qrn_rescode QRN_CALL QRN_getaccn(qrn_task_t task, qrn_int64 accidx, qrn_int64 *n);
+QRN_API qrn_rescode QRN_CALL QRN_getaccntot(qrn_task_t task, qrn_int64 *n);
+QRN_API qrn_rescode QRN_CALL QRN_getaccafeidxlist(qrn_task_t task, qrn_int64 accidx, qrn_int64 *afeidxlist);
+QRN_API qrn_rescode QRN_CALL QRN_getaccb(qrn_task_t task, qrn_int64 accidx, qrn_real *b);
+/* getnumacc domains, then getaccntot expression indexes and b values. */
+QRN_API qrn_rescode QRN_CALL QRN_getaccs(qrn_task_t task, qrn_int64 *domidxlist, qrn_int64 *afeidxlist,
+                                         qrn_real *b);
+/* F of the stacked rows: getaccfnumnz triplets (stacked row, variable, value). */
+QRN_API qrn_rescode QRN_CALL QRN_getaccfnumnz(qrn_task_t task, qrn_int64 *accfnnz);
+QRN_API qrn_rescode QRN_CALL QRN_getaccftrip(qrn_task_t task, qrn_int64 *frow, qrn_int32 *fcol, qrn_real *fval);
+/* The constant of each stacked row: g[afe] - b (getaccntot values). */
+QRN_API qrn_rescode QRN_CALL QRN_getaccgvector(qrn_task_t task, qrn_real *g);
+/* barF of the stacked rows as block triplets (stacked row, variable, k, l, value). */
+QRN_API qrn_rescode QRN_CALL QRN_getaccbarfnumblocktriplets(qrn_task_t task, qrn_int64 *numtrip);
+QRN_API qrn_rescode QRN_CALL QRN_getaccbarfblocktriplet(qrn_task_t task, qrn_int64 maxnumtrip,
+                                                        qrn_int64 *numtrip, qrn_int64 *acc_afe,
+                                                        qrn_int32 *bar_var, qrn_int32 *blk_row,
+                                                        qrn_int32 *blk_col, qrn_real *blk_val);
+
+/* Disjunctive constraints. DJC k holds domains, expressions, b and term sizes:
+   term t is the conjunction of the next termsizelist[t] domains (each
+   positive, summing to the number of domains, else QRN_RES_ERR_DJC_TERMS),
+   and each domain takes the next dim expressions and b values (the dims
+   summing to numafeidx, else QRN_RES_ERR_ACC_SIZE). DJC k holds when at least
+   one of its terms holds. appenddjcs appends empty DJCs (no terms: never
+   satisfied until written). putdjcslice writes DJCs first..last-1, DJC
+   first+i taking the next termsindjc[i] terms (summing to numterms). */
+QRN_API qrn_rescode QRN_CALL QRN_putmaxnumdjc(qrn_task_t task, qrn_int64 maxnumdjc);
+QRN_API qrn_rescode QRN_CALL QRN_getnumdjc(qrn_task_t task, qrn_int64 *num);
+QRN_API qrn_rescode QRN_CALL QRN_appenddjcs(qrn_task_t task, qrn_int64 num);
+QRN_API qrn_rescode QRN_CALL QRN_putdjc(qrn_task_t task, qrn_int64 djcidx, qrn_int64 numdomidx,
+                                        const qrn_int64 *domidxlist, qrn_int64 numafeidx,
+                                        const qrn_int64 *afeidxlist, const qrn_real *b, qrn_int64 numterms,
+                                        const qrn_int64 *termsizelist);
+QRN_API qrn_rescode QRN_CALL QRN_putdjcslice(qrn_task_t task, qrn_int64 idxfirst, qrn_int64 idxlast,
+                                             qrn_int64 numdomidx, const qrn_int64 *domidxlist,
+                                             qrn_int64 numafeidx, const qrn_int64 *afeidxlist,
+                                             const qrn_real *b, qrn_int64 numterms,
+                                             const qrn_int64 *termsizelist, const qrn_int64 *termsindjc);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnumdomain(qrn_task_t task, qrn_int64 djcidx, qrn_int64 *numdomain);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnumdomaintot(qrn_task_t task, qrn_int64 *numdomaintot);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnumafe(qrn_task_t task, qrn_int64 djcidx, qrn_int64 *numafe);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnumafetot(qrn_task_t task, qrn_int64 *numafetot);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnumterm(qrn_task_t task, qrn_int64 djcidx, qrn_int64 *numterm);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnumtermtot(qrn_task_t task, qrn_int64 *numtermtot);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcdomainidxlist(qrn_task_t task, qrn_int64 djcidx, qrn_int64 *domidxlist);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcafeidxlist(qrn_task_t task, qrn_int64 djcidx, qrn_int64 *afeidxlist);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcb(qrn_task_t task, qrn_int64 djcidx, qrn_real *b);
+QRN_API qrn_rescode QRN_CALL QRN_getdjctermsizelist(qrn_task_t task, qrn_int64 djcidx,
+                                                    qrn_int64 *termsizelist);
+/* All DJCs concatenated; numterms gets each DJC's number of terms. */
+QRN_API qrn_rescode QRN_CALL QRN_getdjcs(qrn_task_t task, qrn_int64 *domidxlist, qrn_int64 *afeidxlist,
+                                         qrn_real *b, qrn_int64 *termsizelist, qrn_int64 *numterms);
+
+/* Names of domains, ACCs and DJCs follow the rules of the names section
+   below; generateaccnames/generatedjcnames work as QRN_generatevarnames. */
+QRN_API qrn_rescode QRN_CALL QRN_putdomainname(qrn_task_t task, qrn_int64 domidx, const char *name);
+QRN_API qrn_rescode QRN_CALL QRN_getdomainnamelen(qrn_task_t task, qrn_int64 domidx, qrn_int32 *len);
+QRN_API qrn_rescode QRN_CALL QRN_getdomainname(qrn_task_t task, qrn_int64 domidx, qrn_int32 sizename,
+                                               char *name);
+QRN_API qrn_rescode QRN_CALL QRN_putaccname(qrn_task_t task, qrn_int64 accidx, const char *name);
+QRN_API qrn_rescode QRN_CALL QRN_getaccnamelen(qrn_task_t task, qrn_int64 accidx, qrn_int32 *len);
+QRN_API qrn_rescode QRN_CALL QRN_getaccname(qrn_task_t task, qrn_int64 accidx, qrn_int32 sizename, char *name);
+QRN_API qrn_rescode QRN_CALL QRN_putdjcname(qrn_task_t task, qrn_int64 djcidx, const char *name);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcnamelen(qrn_task_t task, qrn_int64 djcidx, qrn_int32 *len);
+QRN_API qrn_rescode QRN_CALL QRN_getdjcname(qrn_task_t task, qrn_int64 djcidx, qrn_int32 sizename, char *name);
+QRN_API qrn_rescode QRN_CALL QRN_generateaccnames(qrn_task_t task, qrn_int64 num, const qrn_int64 *sub,
+                                                  const char *fmt, qrn_int32 ndims, const qrn_int32 *dims,
+                                                  const qrn_int64 *sp, qrn_int32 numnamedaxis,
+                                                  const qrn_int32 *namedaxisidxs, qrn_int64 numnames,
+                                                  const char *const *names);
+QRN_API qrn_rescode QRN_CALL QRN_generatedjcnames(qrn_task_t task, qrn_int64 num, const qrn_int64 *sub,
+                                                  const char *fmt, qrn_int32 ndims, const qrn_int32 *dims,
+                                                  const qrn_int64 *sp, qrn_int32 numnamedaxis,
+                                                  const qrn_int32 *namedaxisidxs, qrn_int64 numnames,
+                                                  const char *const *names);
+
+/* ======================================================================= */
+/* Semidefinite data                                                       */
+/* ======================================================================= */
+/* Semidefinite variables barX_j are symmetric d_j x d_j matrices, addressed
+   by 32-bit indexes; their values (barx, bars) are the lower triangle by
+   columns, unscaled: d(d+1)/2 entries (getlenbarvarj), X_00, X_10, ...,
+   X_(d-1)0, X_11, X_21, ... Semidefinite terms use <A, X> = sum_ij A_ij X_ij;
+   the objective is c'x + cfix + 1/2 x'Qx + sum_j <barC_j, barX_j> and
+   constraint i's activity adds sum_j <barA_ij, barX_j>.
+
+   Symmetric matrices are appended once to the task's store (64-bit indexes)
+   by the triplets of their lower triangle: an entry above the diagonal
+   (QRN_RES_ERR_SYMMAT_UPPER), outside the dimension (QRN_RES_ERR_SYMMAT_RANGE)
+   or given twice (QRN_RES_ERR_SYMMAT_REPEATED) is refused; values must be
+   finite. They are read back sorted by column, then row. Coefficients barC_j,
+   barA_ij and barF_rj are weighted sums of store matrices of the variable's
+   dimension. Removing semidefinite variables drops their coefficients and
+   solution values and renumbers the others; removing constraints drops their
+   barA rows. */
+enum qrn_symmattype_e { QRN_SYMMAT_TYPE_SPARSE = 0 };
+QRN_API qrn_rescode QRN_CALL QRN_appendbarvars(qrn_task_t task, qrn_int32 num, const qrn_int32 *dim);
+QRN_API qrn_rescode QRN_CALL QRN_removebarvars(qrn_task_t task, qrn_int32 num, const qrn_int32 *subset);
+QRN_API qrn_rescode QRN_CALL QRN_getnumbarvar(qrn_task_t task, qrn_int32 *numbarvar);
+QRN_API qrn_rescode QRN_CALL QRN_getmaxnumbarvar(qrn_task_t task, qrn_int32 *maxnumbarvar);
+QRN_API qrn_rescode QRN_CALL QRN_putmaxnumbarvar(qrn_task_t task, qrn_int32 maxnumbarvar);
+QRN_API qrn_rescode QRN_CALL QRN_getdimbarvarj(qrn_task_t task, qrn_int32 j, qrn_int32 *dimbarvarj);
+QRN_API qrn_rescode QRN_CALL QRN_getlenbarvarj(qrn_task_t task, qrn_int32 j, qrn_int64 *lenbarvarj);
+QRN_API qrn_rescode QRN_CALL QRN_appendsparsesymmat(qrn_task_t task, qrn_int32 dim, qrn_int64 nz,
+                                                    const qrn_int32 *subi, const qrn_int32 *subj,
+                                                    const qrn_real *valij, qrn_int64 *idx);
+/* Matrix k takes the next nz[k] triplets; idx gets the num new indexes. */
+QRN_API qrn_rescode QRN_CALL QRN_appendsparsesymmatlist(qrn_task_t task, qrn_int32 num, const qrn_int32 *dims,
+                                                        const qrn_int64 *nz, const qrn_int32 *subi,
+                                                        const qrn_int32 *subj, const qrn_real *valij,
+                                                        qrn_int64 *idx);
+QRN_API qrn_rescode QRN_CALL QRN_getnumsymmat(qrn_task_t task, qrn_int64 *num);
+/* *type is a qrn_symmattype_e value. */
+QRN_API qrn_rescode QRN_CALL QRN_getsymmatinfo(qrn_task_t task, qrn_int64 idx, qrn_int32 *dim, qrn_int64 *nz,
+                                               qrn_int32 *type);
+QRN_API qrn_rescode QRN_CALL QRN_getsparsesymmat(qrn_task_t task, qrn_int64 idx, qrn_int64 maxlen,
+                                                 qrn_int32 *subi, qrn_int32 *subj, qrn_real *valij);
+/* Coefficients: writing replaces (num = 0 removes). A position ("idx") names
+   one non-zero coefficient: j for barC_j and i * 2^31 + j for barA_ij; the
+   sparsity functions list them in increasing order, and a position that names
+   no coefficient is QRN_RES_ERR_BAR_POSITION. */
+QRN_API qrn_rescode QRN_CALL QRN_putbarcj(qrn_task_t task, qrn_int32 j, qrn_int64 num, const qrn_int64 *sub,
+                                          const qrn_real *weights);
+QRN_API qrn_rescode QRN_CALL QRN_putbaraij(qrn_task_t task, qrn_int32 i, qrn_int32 j, qrn_int64 num,
+                                           const qrn_int64 *sub, const qrn_real *weights);
+/* Entry k: barA_(subi[k], subj[k]) from matidx/weights[alphaptrb[k] ..
+   alphaptre[k]-1]. */
+QRN_API qrn_rescode QRN_CALL QRN_putbaraijlist(qrn_task_t task, qrn_int32 num, const qrn_int32 *subi,
+                                               const qrn_int32 *subj, const qrn_int64 *alphaptrb,
+                                               const qrn_int64 *alphaptre, const qrn_int64 *matidx,
+                                               const qrn_real *weights);
+/* Replaces rows subi[k] of barA: their entries are p = ptrb[k] .. ptre[k]-1 of
+   subj/nummat, entry p taking the next nummat[p] matrices of matidx/weights
+   (counted over the entries in order from 0). */
+QRN_API qrn_rescode QRN_CALL QRN_putbararowlist(qrn_task_t task, qrn_int32 num, const qrn_int32 *subi,
+                                                const qrn_int64 *ptrb, const qrn_int64 *ptre,
+                                                const qrn_int32 *subj, const qrn_int64 *nummat,
+                                                const qrn_int64 *matidx, const qrn_real *weights);
+QRN_API qrn_rescode QRN_CALL QRN_getnumbarcnz(qrn_task_t task, qrn_int64 *nz);
+QRN_API qrn_rescode QRN_CALL QRN_getnumbaranz(qrn_task_t task, qrn_int64 *nz);
+QRN_API qrn_rescode QRN_CALL QRN_getbarcsparsity(qrn_task_t task, qrn_int64 maxnumnz, qrn_int64 *numnz,
+                                                 qrn_int64 *idxj);
+QRN_API qrn_rescode QRN_CALL QRN_getbarasparsity(qrn_task_t task, qrn_int64 maxnumnz, qrn_int64 *numnz,
+                                                 qrn_int64 *idxij);
+QRN_API qrn_rescode QRN_CALL QRN_getbarcidxinfo(qrn_task_t task, qrn_int64 idx, qrn_int64 *num);
+QRN_API qrn_rescode QRN_CALL QRN_getbarcidxj(qrn_task_t task, qrn_int64 idx, qrn_int32 *j);
+QRN_API qrn_rescode QRN_CALL QRN_getbarcidx(qrn_task_t task, qrn_int64 idx, qrn_int64 maxnum, qrn_int32 *j,
+                                            qrn_int64 *num, qrn_int64 *sub, qrn_real *weights);
+QRN_API qrn_rescode QRN_CALL QRN_getbaraidxinfo(qrn_task_t task, qrn_int64 idx, qrn_int64 *num);
+QRN_API qrn_rescode QRN_CALL QRN_getbaraidxij(qrn_task_t task, qrn_int64 idx, qrn_int32 *i, qrn_int32 *j);
+QRN_API qrn_rescode QRN_CALL QRN_getbaraidx(qrn_task_t task, qrn_int64 idx, qrn_int64 maxnum, qrn_int32 *i,
+                                            qrn_int32 *j, qrn_int64 *num, qrn_int64 *sub, qrn_real *weights);
+/* Block triplets, as for barF: writing replaces each mentioned coefficient by
+   the sum of its triplets (a new store matrix); reading lists the non-zero
+   lower-triangle positions of every coefficient, by i, j, column, row. */
+QRN_API qrn_rescode QRN_CALL QRN_putbarcblocktriplet(qrn_task_t task, qrn_int64 num, const qrn_int32 *subj,
+                                                     const qrn_int32 *subk, const qrn_int32 *subl,
+                                                     const qrn_real *valjkl);
+QRN_API qrn_rescode QRN_CALL QRN_putbarablocktriplet(qrn_task_t task, qrn_int64 num, const qrn_int32 *subi,
+                                                     const qrn_int32 *subj, const qrn_int32 *subk,
+                                                     const qrn_int32 *subl, const qrn_real *valijkl);
+QRN_API qrn_rescode QRN_CALL QRN_getnumbarcblocktriplets(qrn_task_t task, qrn_int64 *num);
+QRN_API qrn_rescode QRN_CALL QRN_getnumbarablocktriplets(qrn_task_t task, qrn_int64 *num);
+QRN_API qrn_rescode QRN_CALL QRN_getbarcblocktriplet(qrn_task_t task, qrn_int64 maxnum, qrn_int64 *numtrip,
+                                                     qrn_int32 *subj, qrn_int32 *subk, qrn_int32 *subl,
+                                                     qrn_real *valjkl);
+QRN_API qrn_rescode QRN_CALL QRN_getbarablocktriplet(qrn_task_t task, qrn_int64 maxnum, qrn_int64 *numtrip,
+                                                     qrn_int32 *subi, qrn_int32 *subj, qrn_int32 *subk,
+                                                     qrn_int32 *subl, qrn_real *valijkl);
+QRN_API qrn_rescode QRN_CALL QRN_putbarvarname(qrn_task_t task, qrn_int32 j, const char *name);
+QRN_API qrn_rescode QRN_CALL QRN_getbarvarnamelen(qrn_task_t task, qrn_int32 j, qrn_int32 *len);
+QRN_API qrn_rescode QRN_CALL QRN_getbarvarname(qrn_task_t task, qrn_int32 j, qrn_int32 sizename, char *name);
+QRN_API qrn_rescode QRN_CALL QRN_getbarvarnameindex(qrn_task_t task, const char *name, qrn_int32 *asgn,
+                                                    qrn_int32 *index);
+QRN_API qrn_rescode QRN_CALL QRN_generatebarvarnames(qrn_task_t task, qrn_int32 num, const qrn_int32 *subj,
+                                                     const char *fmt, qrn_int32 ndims, const qrn_int32 *dims,
+                                                     const qrn_int64 *sp, qrn_int32 numnamedaxis,
+                                                     const qrn_int32 *namedaxisidxs, qrn_int64 numnames,
+                                                     const char *const *names);
+
+/* ======================================================================= */
+/* Solution values of conic and semidefinite data                          */
+/* ======================================================================= */
+/* whichsol is a qrn_soltype_e value (else QRN_RES_ERR_WHICHSOL). Reading a
+   solution that is not defined is QRN_RES_ERR_NO_SOLUTION; writing a vector
+   of an undefined solution defines it, every other value 0 and every key and
+   status unknown. A defined solution keeps one doty value per stacked ACC row
+   and barx/bars per semidefinite variable; data changes keep them aligned
+   (new rows and variables get 0). */
+QRN_API qrn_rescode QRN_CALL QRN_getaccdoty(qrn_task_t task, qrn_int32 whichsol, qrn_int64 accidx, qrn_real *doty);
+QRN_API qrn_rescode QRN_CALL QRN_getaccdotys(qrn_task_t task, qrn_int32 whichsol, qrn_real *doty);
+QRN_API qrn_rescode QRN_CALL QRN_putaccdoty(qrn_task_t task, qrn_int32 whichsol, qrn_int64 accidx,
+                                            const qrn_real *doty);
+/* The activity of an ACC: (F xx + barF(barx) + g)[afeidxlist] - b, the value
+   that must lie in its domain; evaluateaccs stacks all ACCs. */
+QRN_API qrn_rescode QRN_CALL QRN_evaluateacc(qrn_task_t task, qrn_int32 whichsol, qrn_int64 accidx,
+                                             qrn_real *activity);
+QRN_API qrn_rescode QRN_CALL QRN_evaluateaccs(qrn_task_t task, qrn_int32 whichsol, qrn_real *activity);
+QRN_API qrn_rescode QRN_CALL QRN_getbarxj(qrn_task_t task, qrn_int32 whichsol, qrn_int32 j, qrn_real *barxj);
+QRN_API qrn_rescode QRN_CALL QRN_getbarsj(qrn_task_t task, qrn_int32 whichsol, qrn_int32 j, qrn_real *barsj);
+QRN_API qrn_rescode QRN_CALL QRN_putbarxj(qrn_task_t task, qrn_int32 whichsol, qrn_int32 j,
+                                          const qrn_real *barxj);
+QRN_API qrn_rescode QRN_CALL QRN_putbarsj(qrn_task_t task, qrn_int32 whichsol, qrn_int32 j,
+                                          const qrn_real *barsj);
+/* Variables first..last-1 one after the other; slicesize below their total
+   length is QRN_RES_ERR_TOO_SMALL. */
+QRN_API qrn_rescode QRN_CALL QRN_getbarxslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                              qrn_int32 last, qrn_int64 slicesize, qrn_real *barxslice);
+QRN_API qrn_rescode QRN_CALL QRN_getbarsslice(qrn_task_t task, qrn_int32 whichsol, qrn_int32 first,
+                                              qrn_int32 last, qrn_int64 slicesize, qrn_real *barsslice);
+/* Violations, one per listed item, never negative:
+   - ACC (primal): the distance of the activity to the domain. It is the
+     Euclidean distance for the orthants, R, RZERO, both quadratic cones and
+     SVEC_PSD (the root of the sum of squared negative eigenvalues); for the
+     exponential, power and geometric-mean cones it is the larger of the
+     largest negative part of an entry that must be nonnegative (positive part
+     for one that must be nonpositive) and the cone's residual, which is
+     positively homogeneous, 0 exactly on the cone: x1 exp(x2/x1) - x0,
+     -x2 exp(x1/x2 - 1) - x0, ||x_nleft:|| - prod x_i^alpha_i,
+     ||x_nleft:|| - prod (x_i/alpha_i)^alpha_i, |x_{n-1}| - geomean(x),
+     |x_{n-1}| - (n-1) geomean(x).
+   - ACC (dual): the same measure of doty against the dual cone.
+   - DJC: the smallest over its terms of the largest violation of the term's
+     domains (+inf for a DJC without terms).
+   - semidefinite variable: max(0, -smallest eigenvalue) of barx (primal) or
+     bars (dual). */
+QRN_API qrn_rescode QRN_CALL QRN_getpviolacc(qrn_task_t task, qrn_int32 whichsol, qrn_int64 numaccidx,
+                                             const qrn_int64 *accidxlist, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getdviolacc(qrn_task_t task, qrn_int32 whichsol, qrn_int64 numaccidx,
+                                             const qrn_int64 *accidxlist, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getpvioldjc(qrn_task_t task, qrn_int32 whichsol, qrn_int64 numdjcidx,
+                                             const qrn_int64 *djcidxlist, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getpviolbarvar(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                                const qrn_int32 *sub, qrn_real *viol);
+QRN_API qrn_rescode QRN_CALL QRN_getdviolbarvar(qrn_task_t task, qrn_int32 whichsol, qrn_int32 num,
+                                                const qrn_int32 *sub, qrn_real *viol);
+/* The whole solution with doty: arrays of numcon, numvar, numcone, numcon,
+   numvar, numcon (y, slc, suc), numvar (slx, sux, snx) and getaccntot entries.
+   Null arrays are skipped (not written; on input, left unchanged, or 0 and
+   unknown keys for a solution that was not defined). */
+QRN_API qrn_rescode QRN_CALL QRN_getsolutionnew(qrn_task_t task, qrn_int32 whichsol, qrn_int32 *prosta,
+                                                qrn_int32 *solsta, qrn_int32 *skc, qrn_int32 *skx,
+                                                qrn_int32 *skn, qrn_real *xc, qrn_real *xx, qrn_real *y,
+                                                qrn_real *slc, qrn_real *suc, qrn_real *slx, qrn_real *sux,
+                                                qrn_real *snx, qrn_real *doty);
+QRN_API qrn_rescode QRN_CALL QRN_putsolutionnew(qrn_task_t task, qrn_int32 whichsol, const qrn_int32 *skc,
+                                                const qrn_int32 *skx, const qrn_int32 *skn, const qrn_real *xc,
+                                                const qrn_real *xx, const qrn_real *y, const qrn_real *slc,
+                                                const qrn_real *suc, const qrn_real *slx, const qrn_real *sux,
+                                                const qrn_real *snx, const qrn_real *doty);
+/* Summary of a solution: primal objective; largest primal violation of
+   constraints, variable bounds, semidefinite variables, cones, ACCs, DJCs and
+   integrality; dual objective; largest dual violation of constraints,
+   variables, semidefinite variables, cones and ACCs. */
+QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 whichsol, qrn_real *pobj,
+                                                    qrn_real *pviolcon, qrn_real *pviolvar,
+                                                    qrn_real *pviolbarvar, qrn_real *pviolcone,
+                                                    qrn_real *pviolacc, qrn_real *pvioldjc, qrn_real *pviolitg,
+                                                    qrn_real *dobj, qrn_real *dviolcon, qrn_real *dviolvar,
+                                                    qrn_real *dviolbarvar, qrn_real *dviolcone,
+                                                    qrn_real *dviolacc);
 
 #ifdef __cplusplus
 }

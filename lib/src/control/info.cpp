@@ -2,6 +2,7 @@
 // problem type.
 #include "info.hpp"
 
+#include "conic.hpp"
 #include "errors.hpp"
 
 #include <iterator>
@@ -203,7 +204,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getprobtype(qrn_task_t task, qrn_int32 *probtyp
   return api(task, "QRN_getprobtype", [&](Task &t) {
     bool quadratic = !t.qobj.empty();
     for (const auto &q : t.qcon) quadratic = quadratic || !q.empty();
-    bool conic = !t.cones.empty();
+    bool conic = !t.cones.empty() || has_conic_data(t);
     put(probtype, static_cast<qrn_int32>(conic && quadratic ? QRN_PROBTYPE_MIXED
                                          : conic             ? QRN_PROBTYPE_CONIC
                                          : quadratic         ? QRN_PROBTYPE_QUADRATIC

@@ -3,6 +3,8 @@
 // per-item array of a task follows.
 #include "errors.hpp"
 #include "solutions.hpp"
+#include "conic.hpp"
+#include "semidefinite.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -97,6 +99,7 @@ void Task::append_vars(qrn_int32 num) {
   varnames.resize(numvar);
   maxnumvar = std::max(maxnumvar, numvar);
   sol_appended(*this, num);
+  conic_append_vars(*this);
 }
 
 // New position of every item (-1 for removed ones) and the new count.
@@ -154,6 +157,7 @@ void Task::remove_cons(const std::vector<bool> &remove) {
   connames.remap(newindex, count);
   numcon = count;
   sol_remove_cons(*this, remove);
+  sdp_remove_cons(*this, remove);
 }
 
 void Task::remove_vars(const std::vector<bool> &remove) {
@@ -179,6 +183,7 @@ void Task::remove_vars(const std::vector<bool> &remove) {
   varnames.remap(newindex, count);
   numvar = count;
   sol_remove_vars(*this, remove);
+  conic_remove_vars(*this, remove);
 }
 
 void Task::remove_cones(const std::vector<bool> &remove) {

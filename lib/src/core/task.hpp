@@ -5,6 +5,7 @@
 #pragma once
 
 #include "quarn.h"
+#include "sdp_data.hpp"
 
 #include <array>
 #include <atomic>
@@ -80,7 +81,8 @@ struct NameTable {
 // lib/src/solutions/. When the optimizer stores a solution, every vector has
 // one entry per item the task holds: constraints for skc, xc, y, slc, suc;
 // variables for skx, xx, slx, sux, snx; cones for skn; rows of affine conic
-// constraints for doty. Items appended later are not added here at once: a
+// constraints for doty; semidefinite variables for barx and bars (each the
+// lower triangle by columns, d(d+1)/2 entries). Items appended later are not added here at once: a
 // vector shorter than its count reads as key QRN_SK_UNKNOWN and value 0 past
 // its end (fit() in solutions.hpp extends it). Removals drop entries at once.
 struct Solution {
@@ -90,6 +92,7 @@ struct Solution {
   std::vector<qrn_int32> skc, skx, skn;
   std::vector<double> xc, xx, y, slc, suc, slx, sux, snx;
   std::vector<double> doty;
+  std::vector<std::vector<double>> barx, bars;
 };
 
 struct Params {
@@ -159,6 +162,9 @@ struct Task {
   qrn_int32 maxnumcone = 0;
 
   NameTable connames, varnames, conenames;
+  ConicData conic;  // affine expressions, domains, ACCs, DJCs
+  SdpData sdp;      // semidefinite variables, symmetric matrix store, barC, barA
+  NameTable domnames, accnames, djcnames, barvarnames;
   std::string objname, taskname;
 
   Params par;

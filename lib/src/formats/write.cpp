@@ -27,12 +27,16 @@
 //   qconstraints <n>                       n lines: <k> <i> <j> <q_ij>  (term of constraint k)
 //   cones <numcone>                        numcone lines:
 //     <k> <name> <type> <parameter> <nummem> <member> ...   type: quad | rquad
+//   afeg, afef, barvars, symmats, afebarf, barc, bara, domains, accs, djcs
+//                                          conic and semidefinite data, each section only
+//                                          when it has lines (conic/conic_text.hpp)
 //   end
 //
 // Bounds are written as the task stores them: a side that the key leaves open
 // is infinite. A key, type or sense that has no word is written as its number.
 #include "write.hpp"
 
+#include "conic_text.hpp"
 #include "errors.hpp"
 
 #include <charconv>
@@ -194,6 +198,7 @@ void write_text(const Task &t, const Sink &sink) {
     for (qrn_int32 m : cone.members) out.integer(m);
     out.end_line();
   }
+  write_conic_sections(t, out);
   out.word("end").end_line();
   out.flush();
 }
