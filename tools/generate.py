@@ -49,7 +49,10 @@ the number of items before it grows any bytearray, and a slice that cannot lie
 inside 0..VAR goes to the library with no output arrays, so that it is refused
 with the library's own response code without costing memory. A list of such
 queries bounds the slice by the largest (for a reader whose kind of item is an
-argument). Every allocating slice reader must have it. A handwritten
+argument). Every allocating slice reader must have it. `probe = true` does the
+same for an output sized by a caller's number (a slice size, say): the
+allocating variant always asks the library first with no output arrays, and
+a refusal returns before any bytearray grows. A handwritten
 method's lengths may name its scalar outputs.
 """
 
@@ -103,6 +106,7 @@ class Function:
     static: bool = False
     handwritten: bool = False
     slice: list[Query] = field(default_factory=list)
+    probe: bool = False
     groups: list[tuple[str, list[str]]] = field(default_factory=list)  # (size var, views)
 
 
@@ -177,7 +181,7 @@ def load(path: Path, owner: str) -> list[Function]:
     out = []
     for name, d in data.items():
         where = f"{path.name}:{name}"
-        unknown = set(d) - {"methods", "args", "queries", "static", "handwritten", "slice"}
+        unknown = set(d) - {"methods", "args", "queries", "static", "handwritten", "slice", "probe"}
         if unknown:
             raise DescriptionError(f"{where}: unknown keys {sorted(unknown)}")
         params = [parse_param(a, where) for a in d.get("args", [])]
@@ -185,7 +189,8 @@ def load(path: Path, owner: str) -> list[Function]:
         fn = Function(name, family, owner, params, queries, list(d["methods"]),
                       d.get("static", False), d.get("handwritten", False),
                       [parse_query(q, where) for q in ([d["slice"]] if isinstance(d.get("slice"), str)
-                                                       else d.get("slice", []))])
+                                                       else d.get("slice", []))],
+                      d.get("probe", False))
         check(fn, where)
         out.append(fn)
     return out
@@ -423,7 +428,7 @@ class Emitter:
             if self.is_bytearray(p) and p.kind in ("text", "outenum"):
                 self.w(f"if (!f.bytearray(o_{p.name}, QRN_ARG({p.name}))) return nullptr;")
         # 3a. a slice the library will refuse must not grow any bytearray first
-        if fn.slice and self.alloc:
+        if (fn.slice or fn.probe) and self.alloc:
             # the outputs that the frame reaches before any count query keep
             # their place: their type is tested first
             for p in fn.params:
@@ -433,15 +438,19 @@ class Emitter:
                     break
                 if p.kind not in ("text", "outenum"):
                     self.w(f"if (!f.bytearray(o_{p.name}, QRN_ARG({p.name}))) return nullptr;")
-            for q in fn.slice:
-                self.w(f"{CTYPE[q.type]} {q.var} = 0;")
-                self.w(f"if (!f.call([&] {{ return QRN_{q.func}({self.handle()}, &{q.var}); }})) return f.stop();")
-            bound = fn.slice[0].var
-            for q in fn.slice[1:]:
-                bound = f"std::max<long long>({bound}, {q.var})"
-            self.w(f"if (!Frame::inside(first, last, {bound})) {{")
-            self.w(f"  if (!f.call([&] {{ return {self.library_call(nulls=True)}; }})) return f.stop();")
-            self.w("}")
+            probe = f"if (!f.call([&] {{ return {self.library_call(nulls=True)}; }})) return f.stop();"
+            if fn.probe:
+                self.w(probe)
+            else:
+                for q in fn.slice:
+                    self.w(f"{CTYPE[q.type]} {q.var} = 0;")
+                    self.w(f"if (!f.call([&] {{ return QRN_{q.func}({self.handle()}, &{q.var}); }})) return f.stop();")
+                bound = fn.slice[0].var
+                for q in fn.slice[1:]:
+                    bound = f"std::max<long long>({bound}, {q.var})"
+                self.w(f"if (!Frame::inside(first, last, {bound})) {{")
+                self.w("  " + probe)
+                self.w("}")
         # 4. count queries, outputs and query-sized inputs, in argument order
         for p in fn.params:
             if p.kind == "size" and p.name in self.sizes_late:
