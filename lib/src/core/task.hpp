@@ -138,7 +138,7 @@ struct Task {
   qrn_int64 maxnumqnz = 0;   // capacity hint; never allocated
 
   std::vector<Cone> cones;
-  std::vector<qrn_int32> var_cone;  // cone of each variable, -1 when none
+  Pod<qrn_int32> var_cone;  // cone of each variable, -1 when none
   qrn_int32 maxnumcone = 0;  // capacity hint; never allocated
 
   NameTable connames, varnames, conenames;

@@ -599,14 +599,21 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   check_bounds(numcon, bkc, blc, buc, "constraint");
   check_bounds(numvar, bkx, blx, bux, "variable");
 
-  // The new columns, made whole before they replace the old ones.
-  LineStore cols;
-  Pod<qrn_int32> rowlen(static_cast<size_t>(numcon), 0);
-  cols.start.resize_uninit(numvar);
-  cols.len.resize_uninit(numvar);
-  cols.cap.resize_uninit(numvar);
+  // Apply: empty A first so that resizing has nothing to renumber, then fill
+  // the columns in place, each with exactly the room it needs.
+  Matrix &a = t.a;
+  a.cols.clear();
+  a.cols.add_lines(t.numvar);
+  a.rowlen.resize_uninit(0);
+  a.rowlen.resize(t.numcon, 0);
+  a.drop_rows();
+  a.nnz = 0;
+  resize(t, Dim::row, numcon);
+  resize(t, Dim::col, numvar);
+  LineStore &cols = a.cols;
   cols.idx.resize_uninit(static_cast<size_t>(ck.kept));
   cols.val.resize_uninit(static_cast<size_t>(ck.kept));
+  qrn_int32 *rowlen = a.rowlen.data();
   auto unsorted = ck.unsorted.begin();
   qrn_int64 pos = 0;
   for (qrn_int32 j = 0; j < numvar; ++j) {
@@ -623,18 +630,7 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
     pos += n;
   }
   cols.live = cols.room = pos;
-
-  // Apply: empty A first so that resizing has nothing to renumber.
-  t.a.cols.clear();
-  t.a.cols.add_lines(t.numvar);
-  t.a.rowlen.resize_uninit(0);
-  t.a.rowlen.resize(t.numcon, 0);
-  t.a.drop_rows();
-  resize(t, Dim::row, numcon);
-  resize(t, Dim::col, numvar);
-  t.a.cols = std::move(cols);
-  t.a.rowlen = std::move(rowlen);
-  t.a.nnz = pos;
+  a.nnz = pos;
   if (c != nullptr) std::memcpy(t.c.data(), c, numvar * sizeof(double));
   else std::fill(t.c.begin(), t.c.end(), 0.0);
   t.cfix = cfix;
