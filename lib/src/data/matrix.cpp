@@ -304,6 +304,60 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
   }
 }
 
+// Fills empty columns straight from entries that come in another order (by
+// row, or as triplets): each(f) calls f(row, column, value) for every entry to
+// store, in order, the same each time. Returns false, having changed nothing,
+// unless the entries are many, every column that receives one is empty and the
+// row-wise index is not to be kept; then the entries need no merging. Of
+// entries repeated in a column the last one counts.
+template <class Each>
+bool fill_empty_columns(Task &t, qrn_int64 count, Each each) {
+  Matrix &a = t.a;
+  LineStore &s = a.cols;
+  if (count == 0 || count * 4 < t.numvar || (a.rows_ready() && !a.many(count))) return false;
+  Pod<qrn_int32> counts(static_cast<size_t>(t.numvar), 0);
+  qrn_int32 *fill = counts.data();  // plain pointers: the loops below then keep them in registers
+  each([fill](qrn_int32, qrn_int32 j, double) { ++fill[j]; });
+  for (qrn_int32 j = 0; j < t.numvar; ++j)
+    if (fill[j] > 0 && s.len[j] > 0) return false;
+  a.drop_rows();
+  s.reserve_more(count);
+  for (qrn_int32 j = 0; j < t.numvar; ++j)
+    if (fill[j] > 0) s.resize_line(j, fill[j], 0, false), fill[j] = 0;
+  const qrn_int64 *start = s.start.data();
+  qrn_int32 *idx = s.idx.data();
+  double *val = s.val.data();
+  each([=](qrn_int32 i, qrn_int32 j, double v) {
+    const qrn_int64 pos = start[j] + fill[j]++;
+    idx[pos] = i;
+    val[pos] = v;
+  });
+  std::vector<Change> scratch;
+  for (qrn_int32 j = 0; j < t.numvar; ++j) {
+    const qrn_int32 n = s.len[j];
+    if (n == 0) continue;
+    qrn_int32 *ix = s.idx_of(j);
+    double *v = s.val_of(j);
+    bool sorted = true;
+    for (qrn_int32 p = 1; p < n && sorted; ++p) sorted = ix[p - 1] < ix[p];
+    if (!sorted) {  // sort by row, keeping the last of repeated entries
+      scratch.resize(static_cast<size_t>(n));
+      for (qrn_int32 p = 0; p < n; ++p) scratch[p] = Change{j, ix[p], v[p]};
+      std::stable_sort(scratch.begin(), scratch.end(), [](const Change &x, const Change &y) { return x.idx < y.idx; });
+      qrn_int32 w = 0;
+      for (qrn_int32 p = 0; p < n; ++p) {
+        if (p + 1 < n && scratch[p + 1].idx == scratch[p].idx) continue;
+        ix[w] = scratch[p].idx;
+        v[w++] = scratch[p].v;
+      }
+      s.resize_line(j, w, w, false);
+    }
+    for (qrn_int32 p = 0; p < s.len[j]; ++p) ++a.rowlen[ix[p]];
+  }
+  a.nnz = s.live;
+  return true;
+}
+
 // ---- writers of whole lines -----------------------------------------------------------
 
 // The lines a writer replaces: sub[k], or first + k when sub is null.
@@ -360,6 +414,15 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   Matrix &a = t.a;
   qrn_int64 old = 0;
   for (qrn_int64 k = 0; k < num; ++k) old += a.rowlen[line_of(k)];
+  const double tol = a.tol;
+  if (old == 0 && fill_empty_columns(t, ck.kept, [=](auto f) {
+        for (qrn_int64 k = 0; k < num; ++k) {
+          const qrn_int32 i = line_of(k);
+          for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p)
+            if (std::fabs(val[p]) > tol) f(i, idx[p], val[p]);
+        }
+      }))
+    return;
   const LineStore *held = old > 0 ? &a.rows() : nullptr;  // the old entries, when there are any
   Pod<Change> ch;  // by column: deletions of the old entries of each row, then its new entries
   ch.reserve(static_cast<size_t>(old + ck.kept));
@@ -445,6 +508,14 @@ void put_entries(Task &t, qrn_int64 num, const qrn_int32 *subi, const qrn_int32 
     check_index_at(Dim::col, subj[k], t.numvar, "subj", k);
     check_finite_at(valij[k], "valij", k);
   }
+  const double tol = t.a.tol;
+  qrn_int64 kept = 0;
+  for (qrn_int64 k = 0; k < num; ++k) kept += std::fabs(valij[k]) > tol;
+  // Into empty columns when there are no removals (a value within tol removes).
+  if (kept == num && fill_empty_columns(t, num, [&](auto f) {
+        for (qrn_int64 k = 0; k < num; ++k) f(subi[k], subj[k], valij[k]);
+      }))
+    return;
   Pod<Change> ch;
   ch.resize_uninit(static_cast<size_t>(num));
   for (qrn_int64 k = 0; k < num; ++k) ch[k] = Change{subj[k], subi[k], valij[k]};
