@@ -11,7 +11,8 @@ measured in a fresh interpreter:
           - the same with putaijlist64 (triplets),
           - highspy's passModel with arrays (HiGHS),
           - a memory copy of our input arrays (numpy.copyto into preallocated arrays).
-          Per case: best build time, its ratio to the memory copy, the resident
+          Per case: best build time (wall clock, and process CPU time, the steadier
+          on a busy machine), each with its ratio to the memory copy, the resident
           memory kept after the first build (RSS after minus RSS before, input
           arrays already made) and the time to delete the task.
   read    One row, one column, one name and one bound read at a time from
@@ -218,25 +219,27 @@ def child_build(case, nnz):
     gc.disable()
     trim()
     before = rss()
-    t0 = time.perf_counter()
+    t0, c0 = time.perf_counter(), time.process_time()
     obj = build()
-    first = time.perf_counter() - t0
+    first, first_cpu = time.perf_counter() - t0, time.process_time() - c0
     kept = rss() - before
     t0 = time.perf_counter()
     delete(obj)
     del obj
     deleted = time.perf_counter() - t0
-    best, best_del = first, deleted
+    best, best_cpu, best_del = first, first_cpu, deleted
     for _ in range(RUNS - 1):
-        t0 = time.perf_counter()
+        t0, c0 = time.perf_counter(), time.process_time()
         obj = build()
         best = min(best, time.perf_counter() - t0)
+        best_cpu = min(best_cpu, time.process_time() - c0)
         t0 = time.perf_counter()
         delete(obj)
         del obj
         best_del = min(best_del, time.perf_counter() - t0)
     return {"case": case, "nnz": nnz, "input_bytes": input_bytes(d), "build_s": best,
-            "first_s": first, "kept_bytes": kept, "delete_s": best_del}
+            "first_s": first, "cpu_s": best_cpu,
+            "first_cpu_s": first_cpu, "kept_bytes": kept, "delete_s": best_del}
 
 
 def child_read(nnz):
@@ -252,9 +255,9 @@ def child_read(nnz):
     val_out = bytearray(8 * m)
     i, j = m // 2, n // 2
 
-    t0 = time.perf_counter()
+    t0 = time.process_time()
     assert t.getarow_iOO_2(i, sub_out, val_out)[0] == 0
-    first_row = time.perf_counter() - t0
+    first_row = time.process_time() - t0
 
     def per_call(fn, count=2000):
         best = float("inf")
@@ -276,16 +279,18 @@ def child_read(nnz):
     # one bulk column write, then the first row read pays the rebuild of the row index once
     t.putacolslice64_iiOOOO_7(0, n, memoryview(d["aptrb"]), memoryview(d["aptre"]),
                               memoryview(d["asub"]), memoryview(d["aval"]))
-    t0 = time.perf_counter()
+    t0 = time.process_time()
     t.getarow_iOO_2(i, sub_out, val_out)
-    res["row_after_bulk_s"] = time.perf_counter() - t0
+    res["row_after_bulk_s"] = time.process_time() - t0
     t.dispose()
     return res
 
 
 def spawn(args):
+    # numpy's BLAS threads would spin beside whatever is measured next
+    env = dict(os.environ, OPENBLAS_NUM_THREADS="1")
     out = subprocess.run([sys.executable, os.path.abspath(__file__), "--child"] + args,
-                         stdout=subprocess.PIPE, text=True, check=True)
+                         stdout=subprocess.PIPE, text=True, check=True, env=env)
     return json.loads(out.stdout.strip().splitlines()[-1])
 
 
@@ -299,12 +304,15 @@ def run_build(sizes):
     for nnz in sizes:
         res = {c: spawn(["build", c, str(nnz)]) for c in cases}
         copy = res["memcpy"]["build_s"]
+        copy_cpu = res["memcpy"]["cpu_s"]
         print("\n%d non-zeros, input arrays %.1f MB" % (nnz, res["memcpy"]["input_bytes"] / 1e6))
-        print("  %-16s %11s %8s %9s %8s %11s" % ("case", "build", "x copy", "kept MB", "x input", "delete"))
+        print("  %-16s %11s %8s %11s %8s %9s %8s %11s" % ("case", "build", "x copy", "build cpu", "x copy",
+                                                       "kept MB", "x input", "delete"))
         for c in cases:
             r = res[c]
-            print("  %-16s %s %8.1f %9.1f %8.2f %s" % (
-                c, show_t(r["build_s"]), r["build_s"] / copy, r["kept_bytes"] / 1e6,
+            print("  %-16s %s %8.1f %s %8.1f %9.1f %8.2f %s" % (
+                c, show_t(r["build_s"]), r["build_s"] / copy, show_t(r["cpu_s"]),
+                r["cpu_s"] / max(copy_cpu, 1e-9), r["kept_bytes"] / 1e6,
                 r["kept_bytes"] / r["input_bytes"], show_t(r["delete_s"]) if c != "memcpy" else "         -"))
             rows.append(r)
     return rows
@@ -315,7 +323,7 @@ def run_read(sizes):
     print("\nreading one item (per call), against problem size")
     print("  %9s %11s %11s %11s %11s %11s %11s %13s %13s" % (
         "nnz", "getarow", "getacol", "getvarname", "getconbound", "putaij", "putconbound",
-        "1st row read", "row after bulk"))
+        "1st row (cpu)", "after bulk (cpu)"))
     for nnz in sizes:
         r = spawn(["read", str(nnz)])
         print("  %9d %s %s %s %s %s %s   %s   %s" % (
