@@ -178,6 +178,7 @@ void getboundslice(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, qr
   check_slice(first, last, t.*it.count, it.name);
   const Bounds &b = t.*it.bounds;
   const size_t n = static_cast<size_t>(last - first);
+  if (n == 0) return;
   if (bk) std::memcpy(bk, b.bk.data() + first, n * sizeof(qrn_int32));
   if (bl) std::memcpy(bl, b.bl.data() + first, n * sizeof(double));
   if (bu) std::memcpy(bu, b.bu.data() + first, n * sizeof(double));

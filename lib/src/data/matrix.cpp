@@ -545,8 +545,8 @@ qrn_int32 line_size(const Task &t, Dim d, qrn_int32 k, const char *what) {
 void get_line(const Task &t, Dim d, qrn_int32 k, const char *what, qrn_int32 *nz, qrn_int32 *sub, double *val) {
   const LineView line = line_at(t, d, k, what);
   put(nz, line.n);
-  if (sub != nullptr) std::memcpy(sub, line.idx, line.n * sizeof(qrn_int32));
-  if (val != nullptr) std::memcpy(val, line.val, line.n * sizeof(double));
+  if (sub != nullptr && line.n > 0) std::memcpy(sub, line.idx, line.n * sizeof(qrn_int32));
+  if (val != nullptr && line.n > 0) std::memcpy(val, line.val, line.n * sizeof(double));
 }
 
 qrn_int64 slice_nnz(const Task &t, Dim d, qrn_int32 first, qrn_int32 last) {
@@ -567,8 +567,8 @@ void get_slice(const Task &t, Dim d, qrn_int32 first, qrn_int32 last, qrn_int64 
   for (qrn_int32 k = first; k < last; ++k) {
     const qrn_int32 n = s.len[k];
     if (ptrb != nullptr) ptrb[k - first] = pos;
-    if (sub != nullptr) std::memcpy(sub + pos, s.idx_of(k), n * sizeof(qrn_int32));
-    if (val != nullptr) std::memcpy(val + pos, s.val_of(k), n * sizeof(double));
+    if (sub != nullptr && n > 0) std::memcpy(sub + pos, s.idx_of(k), n * sizeof(qrn_int32));
+    if (val != nullptr && n > 0) std::memcpy(val + pos, s.val_of(k), n * sizeof(double));
     pos += n;
     if (ptre != nullptr) ptre[k - first] = pos;
   }
@@ -585,6 +585,7 @@ void get_trip(const Task &t, Dim d, qrn_int32 first, qrn_int32 last, qrn_int64 m
   for (qrn_int32 k = first; k < last; ++k) {
     const qrn_int32 n = s.len[k];
     if (line_out != nullptr) std::fill(line_out + pos, line_out + pos + n, k);
+    if (n == 0) continue;
     if (idx_out != nullptr) std::memcpy(idx_out + pos, s.idx_of(k), n * sizeof(qrn_int32));
     if (val != nullptr) std::memcpy(val + pos, s.val_of(k), n * sizeof(double));
     pos += n;
@@ -702,7 +703,7 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   }
   cols.live = cols.room = pos;
   a.nnz = pos;
-  if (c != nullptr) std::memcpy(t.c.data(), c, numvar * sizeof(double));
+  if (c != nullptr && numvar > 0) std::memcpy(t.c.data(), c, numvar * sizeof(double));
   else std::fill(t.c.begin(), t.c.end(), 0.0);
   t.cfix = cfix;
   store_bounds(t.conbound, numcon, bkc, blc, buc);
