@@ -815,6 +815,19 @@ QRN_API qrn_rescode QRN_CALL QRN_writedatahandle(qrn_task_t task, qrn_write_fn f
 /* Constraints, variables and the constraint matrix                        */
 /* ======================================================================= */
 
+/* Cost of reading and writing A. The matrix is stored by column; the counts
+   (getnumanz64, getarownumnz, getacolnumnz, the slice counts) and a column
+   (getacol, getacolslice64, getacolslicetrip, getatrip, getaij) are read in
+   time proportional to the answer. Rows are read from a row-wise index that
+   the library derives from the columns: writers that change few entries keep
+   it up to date, and a writer that changes many (more than an eighth of the
+   non-zeros) drops it; the next row read (getarow, getarowslice64,
+   getarowslicetrip) rebuilds it once, in time proportional to the size of A,
+   which amortizes over the bulk write that dropped it. Replacing rows that
+   hold entries (putarow, putarowslice64, putarowlist64) reads the same index.
+   Every writer checks its whole input before it changes anything: a failing
+   call leaves the task as it was. */
+
 QRN_API qrn_rescode QRN_CALL QRN_appendcons(qrn_task_t task, qrn_int32 num);
 QRN_API qrn_rescode QRN_CALL QRN_appendvars(qrn_task_t task, qrn_int32 num);
 /* Removes the listed constraints (variables); later ones move down. */
@@ -825,7 +838,10 @@ QRN_API qrn_rescode QRN_CALL QRN_getnumvar(qrn_task_t task, qrn_int32 *numvar);
 /* Fails with QRN_RES_ERR_TOO_SMALL when the count does not fit in 32 bits. */
 QRN_API qrn_rescode QRN_CALL QRN_getnumanz(qrn_task_t task, qrn_int32 *numanz);
 QRN_API qrn_rescode QRN_CALL QRN_getnumanz64(qrn_task_t task, qrn_int64 *numanz);
-/* Capacities: hints for storage; never below what the task holds. */
+/* Capacities: hints only, never an order to allocate (a hint of 2^31-1 costs
+   nothing); storage grows as items and non-zeros are added. A capacity is
+   never below what the task holds: a lower one is QRN_RES_ERR_MAX_CAPACITY,
+   a negative one QRN_RES_ERR_NEGATIVE_COUNT. */
 QRN_API qrn_rescode QRN_CALL QRN_getmaxnumcon(qrn_task_t task, qrn_int32 *maxnumcon);
 QRN_API qrn_rescode QRN_CALL QRN_getmaxnumvar(qrn_task_t task, qrn_int32 *maxnumvar);
 QRN_API qrn_rescode QRN_CALL QRN_getmaxnumanz64(qrn_task_t task, qrn_int64 *maxnumanz);

@@ -61,7 +61,8 @@ void check_slice(qrn_int64 first, qrn_int64 last, qrn_int64 n, const char *kind)
 }
 
 void NameTable::remap(const std::vector<qrn_int32> &newindex, size_t newsize) {
-  std::vector<std::string> kept(newsize);
+  // Items keep their order, so a named item's new position is below names.size().
+  std::vector<std::string> kept(std::min(names.size(), newsize));
   index.clear();
   for (size_t k = 0; k < names.size(); ++k) {
     if (newindex[k] < 0) continue;
@@ -77,10 +78,10 @@ void Task::append_cons(qrn_int32 num) {
   need_count(num, "The number of constraints to append");
   if (static_cast<qrn_int64>(numcon) + num > INT32_MAX)
     fail(QRN_RES_ERR_ARGUMENT, "The number of constraints would exceed 2^31-1.");
+  a.rowlen.resize(static_cast<size_t>(numcon) + num, 0);
+  conbound.resize(static_cast<size_t>(numcon) + num);
+  if (a.rows_ready()) a.rows_to_update().add_lines(num);
   numcon += num;
-  a.rows.resize(numcon);
-  conbound.resize(numcon);
-  qcon.resize(numcon);
   connames.resize(numcon);
   maxnumcon = std::max(maxnumcon, numcon);
   sol_appended(*this, num);
@@ -90,12 +91,13 @@ void Task::append_vars(qrn_int32 num) {
   need_count(num, "The number of variables to append");
   if (static_cast<qrn_int64>(numvar) + num > INT32_MAX)
     fail(QRN_RES_ERR_ARGUMENT, "The number of variables would exceed 2^31-1.");
+  const size_t n = static_cast<size_t>(numvar) + num;
+  a.cols.add_lines(num);
+  varbound.resize(n);
+  c.resize(n, 0.0);
+  vartype.resize(n, QRN_VAR_TYPE_CONTINUOUS);
+  var_cone.resize(n, -1);
   numvar += num;
-  a.cols.resize(numvar);
-  varbound.resize(numvar);
-  c.resize(numvar, 0.0);
-  vartype.resize(numvar, QRN_VAR_TYPE_CONTINUOUS);
-  var_cone.resize(numvar, -1);
   varnames.resize(numvar);
   maxnumvar = std::max(maxnumvar, numvar);
   sol_appended(*this, num);
@@ -111,47 +113,42 @@ static std::vector<qrn_int32> renumber(const std::vector<bool> &remove, qrn_int3
   return newindex;
 }
 
+// Keeps the entries of items that stay, in order.
+template <class V>
+static void compact(V &v, const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  const size_t n = std::min(v.size(), newindex.size());
+  size_t w = 0;
+  for (size_t k = 0; k < n; ++k)
+    if (newindex[k] >= 0) {
+      if (w != k) v[w] = std::move(v[k]);
+      ++w;
+    }
+  (void)count;
+  v.resize(w);  // a lazily sized array (qcon) may be shorter than the item count
+}
+
 template <class T>
-static void compact(std::vector<T> &v, const std::vector<qrn_int32> &newindex, qrn_int32 count) {
-  std::vector<T> out;
-  out.reserve(count);
+static void compact(Pod<T> &v, const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  size_t w = 0;
   for (size_t k = 0; k < v.size(); ++k)
-    if (newindex[k] >= 0) out.push_back(std::move(v[k]));
-  v = std::move(out);
+    if (newindex[k] >= 0) v[w++] = v[k];
+  v.resize_uninit(static_cast<size_t>(count));
 }
 
-// Renumbers the entries of every line of `lines` and drops removed ones.
-static void remap_lines(std::vector<std::vector<Entry>> &lines, const std::vector<qrn_int32> &newindex) {
-  for (auto &line : lines) {
-    size_t w = 0;
-    for (auto &e : line)
-      if (newindex[e.idx] >= 0) line[w++] = Entry{newindex[e.idx], e.val};
-    line.resize(w);
-  }
-}
-
-static qrn_int64 count_nnz(const std::vector<std::vector<Entry>> &lines) {
-  qrn_int64 n = 0;
-  for (auto &l : lines) n += static_cast<qrn_int64>(l.size());
-  return n;
-}
-
-static QTerms remap_terms(const QTerms &q, const std::vector<qrn_int32> &newvar) {
-  QTerms out;
-  for (auto &[ij, v] : q) {
-    qrn_int32 i = newvar[ij.first], j = newvar[ij.second];
-    if (i < 0 || j < 0) continue;
-    out[{std::max(i, j), std::min(i, j)}] = v;
-  }
-  return out;
+static void compact(Bounds &b, const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  compact(b.bk, newindex, count);
+  compact(b.bl, newindex, count);
+  compact(b.bu, newindex, count);
 }
 
 void Task::remove_cons(const std::vector<bool> &remove) {
   qrn_int32 count;
   auto newindex = renumber(remove, count);
-  compact(a.rows, newindex, count);
-  remap_lines(a.cols, newindex);
-  a.nnz = count_nnz(a.rows);
+  a.cols.renumber(newindex);
+  a.cols.tidy();
+  a.nnz = a.cols.live;
+  compact(a.rowlen, newindex, count);
+  if (a.rows_ready()) a.rows_to_update().drop_lines(newindex, count);
   compact(conbound, newindex, count);
   compact(qcon, newindex, count);
   connames.remap(newindex, count);
@@ -163,15 +160,23 @@ void Task::remove_cons(const std::vector<bool> &remove) {
 void Task::remove_vars(const std::vector<bool> &remove) {
   qrn_int32 count;
   auto newindex = renumber(remove, count);
-  compact(a.cols, newindex, count);
-  remap_lines(a.rows, newindex);
-  a.nnz = count_nnz(a.cols);
+  for (qrn_int32 j = 0; j < a.cols.lines(); ++j) {
+    if (newindex[j] >= 0) continue;
+    const qrn_int32 *rows = a.cols.idx_of(j);
+    for (qrn_int32 p = 0; p < a.cols.len[j]; ++p) --a.rowlen[rows[p]];
+  }
+  a.cols.drop_lines(newindex, count);
+  a.nnz = a.cols.live;
+  if (a.rows_ready()) {
+    a.rows_to_update().renumber(newindex);
+    a.rows_to_update().tidy();
+  }
   compact(varbound, newindex, count);
   compact(c, newindex, count);
   compact(vartype, newindex, count);
   numintvar = static_cast<qrn_int32>(std::count(vartype.begin(), vartype.end(), QRN_VAR_TYPE_INTEGER));
-  qobj = remap_terms(qobj, newindex);
-  for (auto &q : qcon) q = remap_terms(q, newindex);
+  qobj.renumber(newindex);
+  for (auto &q : qcon) q.renumber(newindex);
   // A removed variable leaves its cone; the cone keeps its other members.
   for (auto &cone : cones) {
     size_t w = 0;
@@ -395,18 +400,14 @@ QRN_API qrn_rescode QRN_CALL QRN_getmaxnumvar(qrn_task_t task, qrn_int32 *maxnum
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumcon(qrn_task_t task, qrn_int32 maxnumcon) {
   return api(task, "QRN_putmaxnumcon", [&](Task &t) {
     need_capacity(maxnumcon, t.numcon, "The constraint capacity");
-    t.maxnumcon = maxnumcon;
-    t.a.rows.reserve(maxnumcon);
-    t.conbound.reserve(maxnumcon);
+    t.maxnumcon = maxnumcon;  // a hint: storage grows when items are appended
   });
 }
 
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumvar(qrn_task_t task, qrn_int32 maxnumvar) {
   return api(task, "QRN_putmaxnumvar", [&](Task &t) {
     need_capacity(maxnumvar, t.numvar, "The variable capacity");
-    t.maxnumvar = maxnumvar;
-    t.a.cols.reserve(maxnumvar);
-    t.varbound.reserve(maxnumvar);
+    t.maxnumvar = maxnumvar;  // a hint: storage grows when items are appended
   });
 }
 

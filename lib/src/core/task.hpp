@@ -7,6 +7,8 @@
 #include "quarn.h"
 #include "sdp_data.hpp"
 
+#include "store.hpp"
+
 #include <array>
 #include <atomic>
 #include <cmath>
@@ -19,8 +21,6 @@
 #include <vector>
 
 namespace qrn {
-
-constexpr double inf = HUGE_VAL;
 
 // The four output streams of an environment or a task.
 struct Streams {
@@ -39,40 +39,25 @@ struct Env {
   void write(int which, const std::string &text);
 };
 
-struct Entry {
-  qrn_int32 idx;
-  double val;
-};
-
-// Sparse matrix kept both by column and by row, each line sorted by index, so
-// that one row or one column is read in time proportional to its length.
-struct Matrix {
-  std::vector<std::vector<Entry>> cols, rows;
-  qrn_int64 nnz = 0;
-  qrn_int64 maxnnz = 0;
-  double tol = 0.0;  // entries with |value| <= tol are not stored
-};
-
-struct Bound {
-  qrn_int32 bk = QRN_BK_FREE;
-  double bl = -inf;
-  double bu = inf;
-};
-
-// Lower-triangle quadratic terms (i >= j) keyed by (i, j).
-using QTerms = std::map<std::pair<qrn_int32, qrn_int32>, double>;
-
 struct Cone {
   qrn_int32 type = QRN_CONE_QUAD;
   double par = 0.0;
   std::vector<qrn_int32> members;
 };
 
-// Names of one kind of item, with constant-time lookup by name.
+// Names of one kind of item, with constant-time lookup by name. `names` is
+// only as long as the last named item needs: items past its end are unnamed,
+// so a large unnamed problem costs nothing here. Read through name(k).
 struct NameTable {
-  std::vector<std::string> names;                     // one per item, "" when unnamed
+  std::vector<std::string> names;                     // item k's name, "" when unnamed
   std::unordered_map<std::string, qrn_int32> index;  // name -> item
-  void resize(size_t n) { names.resize(n); }
+  const std::string &name(size_t k) const {
+    static const std::string none;
+    return k < names.size() ? names[k] : none;
+  }
+  void resize(size_t n) {  // the kind now has n items
+    if (n < names.size()) names.resize(n);
+  }
   void remap(const std::vector<qrn_int32> &newindex, size_t newsize);
 };
 
@@ -143,23 +128,26 @@ struct Task {
 
   // sizes and capacities
   qrn_int32 numcon = 0, numvar = 0;
-  qrn_int32 maxnumcon = 0, maxnumvar = 0;
+  qrn_int32 maxnumcon = 0, maxnumvar = 0;  // capacity hints; never allocated
 
-  Matrix a;
-  std::vector<Bound> conbound, varbound;
-  std::vector<double> c;
+  // The linear data (store.hpp). Per-item arrays have one entry per item.
+  Matrix a;                   // A by column; rows derived (a.rows())
+  Bounds conbound, varbound;  // flat arrays bk/bl/bu; conbound[i] reads a Bound
+  Pod<double> c;              // objective coefficient of each variable
   double cfix = 0.0;
   qrn_int32 sense = QRN_OBJECTIVE_SENSE_MINIMIZE;
-  std::vector<qrn_int32> vartype;
+  Pod<qrn_int32> vartype;     // QRN_VAR_TYPE_* of each variable
   qrn_int32 numintvar = 0;
 
-  QTerms qobj;
-  std::vector<QTerms> qcon;  // one per constraint
-  qrn_int64 maxnumqnz = 0;
+  QTerms qobj;               // quadratic objective terms
+  // Quadratic terms of constraint k for k < qcon.size(); constraints past its
+  // end have none (it grows only when a constraint gets terms).
+  std::vector<QTerms> qcon;
+  qrn_int64 maxnumqnz = 0;   // capacity hint; never allocated
 
   std::vector<Cone> cones;
-  std::vector<qrn_int32> var_cone;  // cone of each variable, -1 when none
-  qrn_int32 maxnumcone = 0;
+  Pod<qrn_int32> var_cone;  // cone of each variable, -1 when none
+  qrn_int32 maxnumcone = 0;  // capacity hint; never allocated
 
   NameTable connames, varnames, conenames;
   ConicData conic;  // affine expressions, domains, ACCs, DJCs

@@ -1,11 +1,14 @@
 // Bounds of constraints and variables, the linear objective and variable types.
 //
-// A bound is stored as its key and the two sides; a side that the key does not
-// bound is kept as -inf/+inf. Every writer checks all of its input before it
-// changes anything, so that a failing call leaves the task as it was.
+// A bound is stored as its key and the two sides, in three flat arrays
+// (Bounds in store.hpp); a side that the key does not bound is kept as
+// -inf/+inf. Every writer checks all of its input in one pass before it changes
+// anything, so that a failing call leaves the task as it was, and builds a
+// message only for an item that fails.
 #include "errors.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 namespace qrn {
 
@@ -36,7 +39,7 @@ namespace {
 
 // What tells the bounds of constraints from those of variables.
 struct Items {
-  std::vector<Bound> Task::*bounds;
+  Bounds Task::*bounds;
   qrn_int32 Task::*count;
   void (*check_index)(const Task &, qrn_int64, const char *);
   const char *name;
@@ -48,18 +51,26 @@ const Items vars{&Task::varbound, &Task::numvar, check_var, "variable", "variabl
 
 std::string item(const Items &it, qrn_int64 i) { return std::string(it.name) + " " + std::to_string(i); }
 
+bool bounds_below(qrn_int32 bk) { return bk == QRN_BK_LOWER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
+bool bounds_above(qrn_int32 bk) { return bk == QRN_BK_UPPER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
+
+// Whether make_bound accepts b; no message is built.
+inline bool valid(const Bound &b) {
+  return b.bk >= QRN_BK_FREE && b.bk <= QRN_BK_RANGED && !std::isnan(b.bl) && !std::isnan(b.bu) &&
+         (!bounds_below(b.bk) || std::fabs(b.bl) < QRN_INFINITY) &&
+         (!bounds_above(b.bk) || std::fabs(b.bu) < QRN_INFINITY);
+}
+// A valid bound as stored: a side that the key leaves open is infinite.
+inline Bound stored(const Bound &b) {
+  return Bound{b.bk, bounds_below(b.bk) ? b.bl : -inf, bounds_above(b.bk) ? b.bu : inf};
+}
+
 // The bound of item i checked against its key. The item's name is built only
 // for the message of a bound that fails.
 Bound checked(const Items &it, qrn_int64 i, const Bound &given) {
-  try {
-    return make_bound(given.bk, given.bl, given.bu, "");
-  } catch (const Failure &) {
-    return make_bound(given.bk, given.bl, given.bu, item(it, i).c_str());  // throws again, naming the item
-  }
+  if (valid(given)) return stored(given);
+  return make_bound(given.bk, given.bl, given.bu, item(it, i).c_str());  // throws, naming the item
 }
-
-bool bounds_below(qrn_int32 bk) { return bk == QRN_BK_LOWER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
-bool bounds_above(qrn_int32 bk) { return bk == QRN_BK_UPPER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
 
 // One side changed to value (or to infinity), with the key following the sides
 // that are now finite. A FIXED item whose two sides stay equal stays FIXED;
@@ -85,36 +96,44 @@ Bound changed(Bound b, bool lower, bool finite, double value, const std::string 
 
 void chgbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 lower, qrn_int32 finite, double value) {
   it.check(t, i);
-  Bound &b = (t.*it.bounds)[i];
-  b = changed(b, lower != 0, finite != 0, value, item(it, i));
+  Bounds &b = t.*it.bounds;
+  if (finite != 0 && std::isnan(value)) changed(b[i], lower != 0, true, value, item(it, i));  // throws
+  b.set(i, changed(b[i], lower != 0, finite != 0, value, std::string()));
 }
 
 void putbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 bk, double bl, double bu) {
   it.check(t, i);
-  (t.*it.bounds)[i] = checked(it, i, Bound{bk, bl, bu});
+  (t.*it.bounds).set(i, checked(it, i, Bound{bk, bl, bu}));
 }
 
 void getbound(Task &t, const Items &it, qrn_int32 i, qrn_int32 *bk, double *bl, double *bu) {
   it.check(t, i);
-  const Bound &b = (t.*it.bounds)[i];
+  const Bound b = (t.*it.bounds)[i];
   put(bk, b.bk);
   put(bl, b.bl);
   put(bu, b.bu);
 }
 
 // Writes num bounds: item index(k) receives given(k, its current bound).
-// Everything is checked first; a repeated item takes its last bound.
+// Everything is checked first; a repeated item takes its last bound. A slice
+// (no item twice) is written straight from the caller's arrays; a list is
+// staged, as its given bounds may read an item that an earlier entry changes.
 template <class Index, class Given>
-void put_bounds(Task &t, const Items &it, qrn_int64 num, Index index, Given given) {
-  auto &bounds = t.*it.bounds;
-  std::vector<Bound> fresh;
-  fresh.reserve(static_cast<size_t>(num));
+void put_bounds(Task &t, const Items &it, qrn_int64 num, Index index, Given given, bool distinct) {
+  Bounds &bounds = t.*it.bounds;
   for (qrn_int64 k = 0; k < num; ++k) {
     qrn_int64 i = index(k);
     it.check(t, i);
-    fresh.push_back(checked(it, i, given(k, bounds[i])));
+    const Bound b = given(k, bounds[i]);
+    if (!valid(b)) checked(it, i, b);  // throws, naming the item
   }
-  for (qrn_int64 k = 0; k < num; ++k) bounds[index(k)] = fresh[k];
+  if (distinct) {
+    for (qrn_int64 k = 0; k < num; ++k) bounds.set(index(k), stored(given(k, bounds[index(k)])));
+    return;
+  }
+  std::vector<Bound> fresh(static_cast<size_t>(num));
+  for (qrn_int64 k = 0; k < num; ++k) fresh[k] = stored(given(k, bounds[index(k)]));
+  for (qrn_int64 k = 0; k < num; ++k) bounds.set(index(k), fresh[k]);
 }
 
 // Entry k of three bound arrays; a null array keeps that part of the current bound.
@@ -132,38 +151,37 @@ void putboundlistconst(Task &t, const Items &it, qrn_int32 num, const qrn_int32 
                        double bu) {
   need_count(num, "num");
   need_array(sub, num, "sub");
-  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; }, constant(bk, bl, bu));
+  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; }, constant(bk, bl, bu), true);
 }
 
 void putboundsliceconst(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, qrn_int32 bk, double bl,
                         double bu) {
   check_slice(first, last, t.*it.count, it.name);
-  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; }, constant(bk, bl, bu));
+  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; }, constant(bk, bl, bu), true);
 }
 
 void putboundlist(Task &t, const Items &it, qrn_int32 num, const qrn_int32 *sub, const qrn_int32 *bk,
                   const double *bl, const double *bu) {
   need_count(num, "num");
   need_array(sub, num, "sub");
-  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; }, from_arrays(bk, bl, bu));
+  put_bounds(t, it, num, [&](qrn_int64 k) { return sub[k]; }, from_arrays(bk, bl, bu), false);
 }
 
 void putboundslice(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, const qrn_int32 *bk, const double *bl,
                    const double *bu) {
   check_slice(first, last, t.*it.count, it.name);
-  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; }, from_arrays(bk, bl, bu));
+  put_bounds(t, it, last - first, [&](qrn_int64 k) { return first + k; }, from_arrays(bk, bl, bu), true);
 }
 
 void getboundslice(Task &t, const Items &it, qrn_int32 first, qrn_int32 last, qrn_int32 *bk, double *bl,
                    double *bu) {
   check_slice(first, last, t.*it.count, it.name);
-  const auto &bounds = t.*it.bounds;
-  for (qrn_int32 i = first; i < last; ++i) {
-    const Bound &b = bounds[i];
-    if (bk) bk[i - first] = b.bk;
-    if (bl) bl[i - first] = b.bl;
-    if (bu) bu[i - first] = b.bu;
-  }
+  const Bounds &b = t.*it.bounds;
+  const size_t n = static_cast<size_t>(last - first);
+  if (n == 0) return;
+  if (bk) std::memcpy(bk, b.bk.data() + first, n * sizeof(qrn_int32));
+  if (bl) std::memcpy(bl, b.bl.data() + first, n * sizeof(double));
+  if (bu) std::memcpy(bu, b.bu.data() + first, n * sizeof(double));
 }
 
 // ---- objective and variable types ------------------------------------------------

@@ -105,8 +105,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getnumcone(qrn_task_t task, qrn_int32 *numcone)
 QRN_API qrn_rescode QRN_CALL QRN_putmaxnumcone(qrn_task_t task, qrn_int32 maxnumcone) {
   return api(task, "QRN_putmaxnumcone", [&](Task &t) {
     need_capacity(maxnumcone, static_cast<qrn_int64>(t.cones.size()), "The cone capacity");
-    t.maxnumcone = maxnumcone;
-    t.cones.reserve(maxnumcone);
+    t.maxnumcone = maxnumcone;  // a hint: storage grows when cones are appended
   });
 }
 

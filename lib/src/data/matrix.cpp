@@ -1,27 +1,29 @@
 // The constraint matrix A: counts and capacities, single entries, rows and
 // columns, slices, triplets, the list and slice writers and inputdata64.
 //
-// Every entry is stored twice, in its column (Matrix::cols, by constraint
-// index) and in its row (Matrix::rows, by variable index), each line sorted by
-// index. A writer first checks its whole input. A writer of whole rows or
-// columns then swaps in the new lines and merges the differences into the
-// crossing lines; a writer of single entries merges its changes into both
-// orientations. A value within the truncation tolerance is not stored and
-// removes an entry. A line that no change touches costs nothing, so writing or
-// reading one row or one column costs in proportion to the lines involved,
-// never to all of A.
+// A is kept by column in one pool of compressed lines with room to grow
+// (Matrix and LineStore in store.hpp); the row-wise index is derived from the
+// columns when a row is read, and kept in step by writers that change few
+// entries. Every writer first checks its whole input in one pass over the
+// caller's arrays, building no message unless a check fails; only then does it
+// store anything, so a failing call leaves the task as it was. A value within
+// the truncation tolerance is not stored and removes an entry.
+//
+//   - Writers of whole columns (inputdata64, putacol, the column slice and
+//     list writers) copy each column into its place in the pool.
+//   - Writers of whole rows and of single entries (putarow, the row slice and
+//     list writers, putaij, putaijlist64) turn their input into changes of
+//     columns, grouped by column in linear time, and merge each touched column
+//     once. Replacing a row that holds entries needs the row-wise index to
+//     know them.
 #include "errors.hpp"
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 #include <vector>
 
 namespace qrn {
 namespace {
-
-using Line = std::vector<Entry>;
-using Lines = std::vector<Line>;
 
 // Which kind of item an index or a line refers to: a row is a constraint, a
 // column a variable.
@@ -29,7 +31,6 @@ enum class Dim { row, col };
 
 Dim other(Dim d) { return d == Dim::row ? Dim::col : Dim::row; }
 qrn_int32 count_of(const Task &t, Dim d) { return d == Dim::row ? t.numcon : t.numvar; }
-const Lines &lines_of(const Matrix &a, Dim d) { return d == Dim::row ? a.rows : a.cols; }
 const char *kind_of(Dim d) { return d == Dim::row ? "row" : "column"; }
 
 std::string str(qrn_int64 v) { return std::to_string(v); }
@@ -45,19 +46,27 @@ std::string at(const char *arg, qrn_int64 pos) { return std::string(arg) + "[" +
   fail(d == Dim::row ? QRN_RES_ERR_INDEX_CON : QRN_RES_ERR_INDEX_VAR, msg);
 }
 
+[[noreturn]] void bad_index_at(Dim d, const char *arg, qrn_int64 pos, qrn_int64 v, qrn_int64 n) {
+  bad_index(d, at(arg, pos), v, n);
+}
+
 // Checks index v of kind d against n items; `what` names the argument.
 inline void check_index(Dim d, qrn_int64 v, qrn_int64 n, const char *what) {
   if (v < 0 || v >= n) bad_index(d, what, v, n);
 }
 inline void check_index_at(Dim d, qrn_int64 v, qrn_int64 n, const char *arg, qrn_int64 pos) {
-  if (v < 0 || v >= n) bad_index(d, at(arg, pos), v, n);
+  if (v < 0 || v >= n) bad_index_at(d, arg, pos, v, n);
 }
 
-inline void check_finite(double v, const std::string &what) {
-  if (!std::isfinite(v)) fail(QRN_RES_ERR_VALUE_NAN, what + " is not a finite number.");
+[[noreturn]] void not_finite(const std::string &what) {
+  fail(QRN_RES_ERR_VALUE_NAN, what + " is not a finite number.");
 }
+inline void check_finite(double v, const char *what) {
+  if (!std::isfinite(v)) not_finite(what);
+}
+[[noreturn]] void not_finite_at(const char *arg, qrn_int64 pos) { not_finite(at(arg, pos)); }
 inline void check_finite_at(double v, const char *arg, qrn_int64 pos) {
-  if (!std::isfinite(v)) check_finite(v, at(arg, pos));
+  if (!std::isfinite(v)) not_finite_at(arg, pos);
 }
 
 void check_capacity(qrn_int64 maxnumnz, qrn_int64 needed, bool writes) {
@@ -92,28 +101,11 @@ qrn_int64 check_pointers(qrn_int64 num, const qrn_int64 *ptrb, const qrn_int64 *
   return reach;
 }
 
-// Reads the entries idx/val[b, e) of line `line` (of kind d) into out, sorted by
-// index. The entries' indexes are of the other kind, with n items.
-void read_line(Dim d, qrn_int64 line, qrn_int32 n, const qrn_int32 *idx, const double *val, qrn_int64 b,
-               qrn_int64 e, const LineArgs &arg, Line &out) {
-  out.clear();
-  out.reserve(static_cast<size_t>(e - b));
-  for (qrn_int64 p = b; p < e; ++p) {
-    check_index_at(other(d), idx[p], n, arg.idx, p);
-    check_finite_at(val[p], arg.val, p);
-    out.push_back(Entry{idx[p], val[p]});
-  }
-  auto less = [](const Entry &x, const Entry &y) { return x.idx < y.idx; };
-  if (!std::is_sorted(out.begin(), out.end(), less)) std::sort(out.begin(), out.end(), less);
-  auto same = [](const Entry &x, const Entry &y) { return x.idx == y.idx; };
-  auto dup = std::adjacent_find(out.begin(), out.end(), same);
-  if (dup != out.end())
-    fail(QRN_RES_ERR_DUP_INDEX, "Index " + str(dup->idx) + " occurs more than once in " + arg.idx + " for " +
-                                    kind_of(d) + " " + str(line) + ".");
-}
-
 // Refuses an index that occurs twice in sub[0, num).
 void check_distinct(qrn_int64 num, const qrn_int32 *sub, const char *arg) {
+  bool increasing = true;
+  for (qrn_int64 k = 1; k < num && increasing; ++k) increasing = sub[k - 1] < sub[k];
+  if (increasing) return;
   std::vector<qrn_int32> sorted(sub, sub + num);
   std::sort(sorted.begin(), sorted.end());
   auto dup = std::adjacent_find(sorted.begin(), sorted.end());
@@ -121,88 +113,353 @@ void check_distinct(qrn_int64 num, const qrn_int32 *sub, const char *arg) {
     fail(QRN_RES_ERR_DUP_INDEX, "Index " + str(*dup) + " occurs more than once in " + arg + ".");
 }
 
-// ---- changes ------------------------------------------------------------------
+// What checking the lines of a writer found, for the store pass that follows.
+struct Checked {
+  qrn_int64 kept = 0;              // entries above the truncation tolerance
+  std::vector<qrn_int64> unsorted;  // lines (positions in the call, increasing) given out of index order
+};
 
-// Entry idx of line `line` (in one orientation) becomes v; |v| <= tol removes it.
+// Checks the entries idx/val[ptrb[k], ptre[k]) of lines k = 0 .. num-1 (of kind
+// d; line_of(k) is the line's number, for messages): indexes of the other kind
+// below n, finite values, no index twice in a line. One pass over the arrays;
+// a line given out of order is sorted (a copy of its indexes) to look for
+// repeats.
+template <class LineOf>
+Checked check_lines(Dim d, qrn_int64 num, LineOf line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
+                    const qrn_int32 *idx, const double *val, qrn_int32 n, double tol, const LineArgs &arg) {
+  Checked ck;
+  const Dim od = other(d);
+  for (qrn_int64 k = 0; k < num; ++k) {
+    const qrn_int64 b = ptrb[k], e = ptre[k];
+    qrn_int32 prev = -1;
+    bool sorted = true;
+    qrn_int64 kept = 0;
+    for (qrn_int64 p = b; p < e; ++p) {
+      const qrn_int32 i = idx[p];
+      const double v = val[p];
+      if (i < 0 || i >= n) bad_index_at(od, arg.idx, p, i, n);
+      if (!std::isfinite(v)) not_finite_at(arg.val, p);
+      sorted &= i > prev;
+      prev = i;
+      kept += std::fabs(v) > tol;
+    }
+    ck.kept += kept;
+    if (sorted) continue;
+    ck.unsorted.push_back(k);
+    std::vector<qrn_int32> copy(idx + b, idx + e);
+    std::sort(copy.begin(), copy.end());
+    auto dup = std::adjacent_find(copy.begin(), copy.end());
+    if (dup != copy.end())
+      fail(QRN_RES_ERR_DUP_INDEX, "Index " + str(*dup) + " occurs more than once in " + arg.idx + " for " +
+                                      kind_of(d) + " " + str(line_of(k)) + ".");
+  }
+  return ck;
+}
+
+// Sorts n entries of a line by index.
+void sort_line(qrn_int32 *ix, double *v, qrn_int64 n) {
+  std::vector<std::pair<qrn_int32, double>> e(static_cast<size_t>(n));
+  for (qrn_int64 p = 0; p < n; ++p) e[p] = {ix[p], v[p]};
+  std::sort(e.begin(), e.end(), [](const auto &x, const auto &y) { return x.first < y.first; });
+  for (qrn_int64 p = 0; p < n; ++p) ix[p] = e[p].first, v[p] = e[p].second;
+}
+
+// Copies the entries of idx/val[b, e) above tol into a line; returns how many.
+qrn_int64 copy_kept(const qrn_int32 *idx, const double *val, qrn_int64 b, qrn_int64 e, double tol, qrn_int32 *ix,
+                    double *v) {
+  qrn_int64 w = 0;
+  for (qrn_int64 p = b; p < e; ++p)
+    if (std::fabs(val[p]) > tol) {
+      ix[w] = idx[p];
+      v[w++] = val[p];
+    }
+  return w;
+}
+
+qrn_int64 count_kept(const double *val, qrn_int64 b, qrn_int64 e, double tol) {
+  qrn_int64 n = 0;
+  for (qrn_int64 p = b; p < e; ++p) n += std::fabs(val[p]) > tol;
+  return n;
+}
+
+// ---- changes of entries -------------------------------------------------------------
+
+// Entry idx of line `line` becomes v; |v| <= tol removes it. Of several changes
+// of one entry the last one counts.
 struct Change {
   qrn_int32 line, idx;
   double v;
 };
 
-bool line_order(const Change &x, const Change &y) { return x.line != y.line ? x.line < y.line : x.idx < y.idx; }
-
-Change swapped(const Change &c) { return Change{c.idx, c.line, c.v}; }
-
-// Applies the changes [first, last) to one line: few changes in a long line by
-// binary search, otherwise by a merge through scratch. Returns the change in
-// the line's length.
-qrn_int64 change_line(Line &line, const Change *first, const Change *last, double tol, Line &scratch) {
-  const auto before = static_cast<qrn_int64>(line.size());
-  const auto n = static_cast<size_t>(last - first);
-  if (n == 1 || n * 8 < line.size()) {
-    for (const Change *c = first; c != last; ++c) {
-      auto it = std::lower_bound(line.begin(), line.end(), c->idx,
-                                 [](const Entry &e, qrn_int32 k) { return e.idx < k; });
-      const bool found = it != line.end() && it->idx == c->idx, keep = std::fabs(c->v) > tol;
-      if (found && keep) it->val = c->v;
-      else if (found) line.erase(it);
-      else if (keep) line.insert(it, Entry{c->idx, c->v});
-    }
-  } else {
-    scratch.clear();
-    scratch.reserve(line.size() + n);
-    auto it = line.begin();
-    for (const Change *c = first; c != last; ++c) {
-      while (it != line.end() && it->idx < c->idx) scratch.push_back(*it++);
-      if (it != line.end() && it->idx == c->idx) ++it;
-      if (std::fabs(c->v) > tol) scratch.push_back(Entry{c->idx, c->v});
-    }
-    scratch.insert(scratch.end(), it, line.end());
-    if (scratch.size() > line.capacity()) line.swap(scratch);
-    else line.assign(scratch.begin(), scratch.end());
+// Sorts changes by line and then by index, keeping the order of changes of one
+// entry: by counting when they are many, else by comparison.
+void group(Pod<Change> &ch, qrn_int32 lines) {
+  auto by_entry = [](const Change &x, const Change &y) { return x.line != y.line ? x.line < y.line : x.idx < y.idx; };
+  if (ch.size() * 4 < static_cast<size_t>(lines)) {
+    std::stable_sort(ch.begin(), ch.end(), by_entry);
+    return;
   }
-  return static_cast<qrn_int64>(line.size()) - before;
-}
-
-// Merges changes (at most one per entry) into lines; returns the change in
-// the number of entries.
-qrn_int64 merge(Lines &lines, std::vector<Change> &ch, double tol) {
-  if (!std::is_sorted(ch.begin(), ch.end(), line_order)) std::sort(ch.begin(), ch.end(), line_order);
-  qrn_int64 delta = 0;
-  Line scratch;
-  const Change *p = ch.data(), *end = ch.data() + ch.size();
-  while (p != end) {
-    const Change *q = p;
-    while (q != end && q->line == p->line) ++q;
-    delta += change_line(lines[p->line], p, q, tol, scratch);
+  Pod<qrn_int64> next(static_cast<size_t>(lines) + 1, 0);
+  for (const Change &c : ch) ++next[c.line + 1];
+  for (qrn_int32 l = 0; l < lines; ++l) next[l + 1] += next[l];
+  Pod<Change> out;
+  out.resize_uninit(ch.size());
+  for (const Change &c : ch) out[next[c.line]++] = c;
+  ch.swap(out);
+  auto by_idx = [](const Change &x, const Change &y) { return x.idx < y.idx; };
+  for (size_t p = 0; p < ch.size();) {
+    size_t q = p + 1;
+    bool sorted = true;
+    for (; q < ch.size() && ch[q].line == ch[p].line; ++q) sorted &= ch[q - 1].idx <= ch[q].idx;
+    if (!sorted) std::stable_sort(ch.begin() + p, ch.begin() + q, by_idx);
     p = q;
   }
-  return delta;
 }
 
-// Applies checked changes of single entries, given by row, to both orientations.
-void set_entries(Matrix &a, std::vector<Change> &by_row) {
-  std::vector<Change> by_col(by_row.size());
-  std::transform(by_row.begin(), by_row.end(), by_col.begin(), swapped);
-  a.nnz += merge(a.rows, by_row, a.tol);
-  merge(a.cols, by_col, a.tol);
-}
-
-// Appends the changes to the cross lines that turn stored line `line` into
-// `fresh`: each new entry, and a removal for each old entry that `fresh` lacks.
-void diff_line(const Line &old, qrn_int32 line, const Line &fresh, std::vector<Change> &cross) {
-  size_t o = 0;
-  for (const Entry &e : fresh) {
-    for (; o < old.size() && old[o].idx < e.idx; ++o) cross.push_back(Change{old[o].idx, line, 0.0});
-    if (o < old.size() && old[o].idx == e.idx) ++o;
-    cross.push_back(Change{e.idx, line, e.val});
+// Applies the changes [c, end) of one line (sorted by index) to the line.
+// cross[idx] (when not null) counts the entries of each crossing line and is
+// kept exact. Few changes in a long line go in place by binary search; others
+// by one merge through scratch.
+void merge_line(LineStore &s, qrn_int32 line, const Change *c, const Change *end, double tol, qrn_int32 *cross,
+                std::vector<Change> &scratch) {
+  const qrn_int64 n0 = s.len[line];
+  const auto nc = static_cast<qrn_int64>(end - c);
+  if (nc * 8 <= n0 || nc == 1) {
+    for (; c != end; ++c) {
+      if (c + 1 != end && (c + 1)->idx == c->idx) continue;  // a later change of the entry counts
+      qrn_int32 *ix = s.idx_of(line);
+      const qrn_int64 n = s.len[line];
+      const qrn_int64 pos = std::lower_bound(ix, ix + n, c->idx) - ix;
+      const bool found = pos < n && ix[pos] == c->idx, keep = std::fabs(c->v) > tol;
+      if (found && keep) {
+        s.val_of(line)[pos] = c->v;
+      } else if (found) {
+        std::memmove(ix + pos, ix + pos + 1, (n - pos - 1) * sizeof(qrn_int32));
+        double *v = s.val_of(line);
+        std::memmove(v + pos, v + pos + 1, (n - pos - 1) * sizeof(double));
+        s.resize_line(line, n - 1, n - 1, false);
+        if (cross) --cross[c->idx];
+      } else if (keep) {
+        s.resize_line(line, n + 1, n, true);
+        ix = s.idx_of(line);
+        double *v = s.val_of(line);
+        std::memmove(ix + pos + 1, ix + pos, (n - pos) * sizeof(qrn_int32));
+        std::memmove(v + pos + 1, v + pos, (n - pos) * sizeof(double));
+        ix[pos] = c->idx;
+        v[pos] = c->v;
+        if (cross) ++cross[c->idx];
+      }
+    }
+    return;
   }
-  for (; o < old.size(); ++o) cross.push_back(Change{old[o].idx, line, 0.0});
+  // Merge the line and the changes into scratch (as entries), then put it back.
+  scratch.clear();
+  const qrn_int32 *ix = s.idx_of(line);
+  const double *v = s.val_of(line);
+  qrn_int64 p = 0;
+  for (; c != end; ++c) {
+    if (c + 1 != end && (c + 1)->idx == c->idx) continue;
+    for (; p < n0 && ix[p] < c->idx; ++p) scratch.push_back(Change{line, ix[p], v[p]});
+    const bool found = p < n0 && ix[p] == c->idx, keep = std::fabs(c->v) > tol;
+    if (found) ++p;
+    if (keep) scratch.push_back(*c);
+    if (cross) cross[c->idx] += static_cast<qrn_int32>(keep) - static_cast<qrn_int32>(found);
+  }
+  for (; p < n0; ++p) scratch.push_back(Change{line, ix[p], v[p]});
+  const auto n = static_cast<qrn_int64>(scratch.size());
+  s.resize_line(line, n, 0, n0 > 0);
+  qrn_int32 *oi = s.idx_of(line);
+  double *ov = s.val_of(line);
+  for (qrn_int64 k = 0; k < n; ++k) oi[k] = scratch[k].idx, ov[k] = scratch[k].v;
+}
+
+// Applies grouped changes to the lines of a store.
+void merge(LineStore &s, const Pod<Change> &ch, double tol, qrn_int32 *cross) {
+  std::vector<Change> scratch;
+  for (size_t p = 0; p < ch.size();) {
+    size_t q = p + 1;
+    while (q < ch.size() && ch[q].line == ch[p].line) ++q;
+    merge_line(s, ch[p].line, ch.data() + p, ch.data() + q, tol, cross, scratch);
+    p = q;
+  }
+  s.tidy();
+}
+
+// Applies changes given by column (line = column, idx = row) to A: to the
+// columns, and to the row-wise index while it is kept.
+void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 numvar) {
+  const bool rows = a.rows_ready() && !a.many(static_cast<qrn_int64>(by_col.size()));
+  if (!rows) a.drop_rows();
+  Pod<Change> by_row;
+  if (rows) {
+    by_row.resize_uninit(by_col.size());
+    for (size_t k = 0; k < by_col.size(); ++k) by_row[k] = Change{by_col[k].idx, by_col[k].line, by_col[k].v};
+  }
+  group(by_col, numvar);
+  merge(a.cols, by_col, a.tol, a.rowlen.data());
+  a.nnz = a.cols.live;
+  if (rows) {
+    group(by_row, numcon);
+    merge(a.rows_to_update(), by_row, a.tol, nullptr);
+  }
+}
+
+// Fills empty columns straight from entries that come in another order (by
+// row, or as triplets): each(f) calls f(row, column, value) for every entry to
+// store, in order, the same each time. Returns false, having changed nothing,
+// unless the entries are many, every column that receives one is empty and the
+// row-wise index is not to be kept; then the entries need no merging. Of
+// entries repeated in a column the last one counts.
+template <class Each>
+bool fill_empty_columns(Task &t, qrn_int64 count, Each each) {
+  Matrix &a = t.a;
+  LineStore &s = a.cols;
+  if (count == 0 || count * 4 < t.numvar || (a.rows_ready() && !a.many(count))) return false;
+  Pod<qrn_int32> counts(static_cast<size_t>(t.numvar), 0);
+  qrn_int32 *fill = counts.data();  // plain pointers: the loops below then keep them in registers
+  each([fill](qrn_int32, qrn_int32 j, double) { ++fill[j]; });
+  for (qrn_int32 j = 0; j < t.numvar; ++j)
+    if (fill[j] > 0 && s.len[j] > 0) return false;
+  a.drop_rows();
+  s.reserve_more(count);
+  for (qrn_int32 j = 0; j < t.numvar; ++j)
+    if (fill[j] > 0) s.resize_line(j, fill[j], 0, false), fill[j] = 0;
+  const qrn_int64 *start = s.start.data();
+  qrn_int32 *idx = s.idx.data();
+  double *val = s.val.data();
+  each([=](qrn_int32 i, qrn_int32 j, double v) {
+    const qrn_int64 pos = start[j] + fill[j]++;
+    idx[pos] = i;
+    val[pos] = v;
+  });
+  std::vector<Change> scratch;
+  for (qrn_int32 j = 0; j < t.numvar; ++j) {
+    const qrn_int32 n = s.len[j];
+    if (n == 0) continue;
+    qrn_int32 *ix = s.idx_of(j);
+    double *v = s.val_of(j);
+    bool sorted = true;
+    for (qrn_int32 p = 1; p < n && sorted; ++p) sorted = ix[p - 1] < ix[p];
+    if (!sorted) {  // sort by row, keeping the last of repeated entries
+      scratch.resize(static_cast<size_t>(n));
+      for (qrn_int32 p = 0; p < n; ++p) scratch[p] = Change{j, ix[p], v[p]};
+      std::stable_sort(scratch.begin(), scratch.end(), [](const Change &x, const Change &y) { return x.idx < y.idx; });
+      qrn_int32 w = 0;
+      for (qrn_int32 p = 0; p < n; ++p) {
+        if (p + 1 < n && scratch[p + 1].idx == scratch[p].idx) continue;
+        ix[w] = scratch[p].idx;
+        v[w++] = scratch[p].v;
+      }
+      s.resize_line(j, w, w, false);
+    }
+    for (qrn_int32 p = 0; p < s.len[j]; ++p) ++a.rowlen[ix[p]];
+  }
+  a.nnz = s.live;
+  return true;
+}
+
+// ---- writers of whole lines -----------------------------------------------------------
+
+// The lines a writer replaces: sub[k], or first + k when sub is null.
+struct LineList {
+  const qrn_int32 *sub;
+  qrn_int32 first;
+  qrn_int32 operator()(qrn_int64 k) const { return sub != nullptr ? sub[k] : static_cast<qrn_int32>(first + k); }
+};
+
+// Replaces columns line_of(k) by the checked entries idx/val[ptrb[k], ptre[k]).
+void store_cols(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
+                const qrn_int32 *idx, const double *val, const Checked &ck) {
+  Matrix &a = t.a;
+  LineStore &s = a.cols;
+  qrn_int64 old = 0;
+  for (qrn_int64 k = 0; k < num; ++k) old += s.len[line_of(k)];
+  const bool rows = a.rows_ready() && !a.many(old + ck.kept);
+  if (!rows) a.drop_rows();
+  Pod<Change> cross;  // changes of the row-wise index, by row
+  s.reserve_more(ck.kept);
+  auto unsorted = ck.unsorted.begin();
+  for (qrn_int64 k = 0; k < num; ++k) {
+    const qrn_int32 j = line_of(k);
+    const qrn_int32 *ix = s.idx_of(j);
+    for (qrn_int32 p = 0; p < s.len[j]; ++p) {
+      --a.rowlen[ix[p]];
+      if (rows) cross.push_back(Change{ix[p], j, 0.0});
+    }
+    s.resize_line(j, count_kept(val, ptrb[k], ptre[k], a.tol), 0, false);
+    qrn_int32 *oi = s.idx_of(j);
+    double *ov = s.val_of(j);
+    const qrn_int64 n = copy_kept(idx, val, ptrb[k], ptre[k], a.tol, oi, ov);
+    if (unsorted != ck.unsorted.end() && *unsorted == k) {
+      sort_line(oi, ov, n);
+      ++unsorted;
+    }
+    for (qrn_int64 p = 0; p < n; ++p) {
+      ++a.rowlen[oi[p]];
+      if (rows) cross.push_back(Change{oi[p], j, ov[p]});
+    }
+  }
+  a.nnz = s.live;
+  s.tidy();
+  if (rows) {
+    group(cross, t.numcon);
+    merge(a.rows_to_update(), cross, a.tol, nullptr);
+  }
+}
+
+// Replaces rows line_of(k) by the checked entries idx/val[ptrb[k], ptre[k]):
+// every old entry of those rows and every new one is a change of its column.
+void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
+                const qrn_int32 *idx, const double *val, const Checked &ck) {
+  Matrix &a = t.a;
+  qrn_int64 old = 0;
+  for (qrn_int64 k = 0; k < num; ++k) old += a.rowlen[line_of(k)];
+  const double tol = a.tol;
+  if (old == 0 && fill_empty_columns(t, ck.kept, [=](auto f) {
+        for (qrn_int64 k = 0; k < num; ++k) {
+          const qrn_int32 i = line_of(k);
+          for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p)
+            if (std::fabs(val[p]) > tol) f(i, idx[p], val[p]);
+        }
+      }))
+    return;
+  const LineStore *held = old > 0 ? &a.rows() : nullptr;  // the old entries, when there are any
+  Pod<Change> ch;  // by column: deletions of the old entries of each row, then its new entries
+  ch.reserve(static_cast<size_t>(old + ck.kept));
+  for (qrn_int64 k = 0; k < num; ++k) {
+    const qrn_int32 i = line_of(k);
+    if (held != nullptr) {
+      const qrn_int32 *ix = held->idx_of(i);
+      for (qrn_int32 p = 0; p < held->len[i]; ++p) ch.push_back(Change{ix[p], i, 0.0});
+    }
+    for (qrn_int64 p = ptrb[k]; p < ptre[k]; ++p)
+      if (std::fabs(val[p]) > a.tol) ch.push_back(Change{idx[p], i, val[p]});
+  }
+  const bool rows = a.rows_ready() && !a.many(static_cast<qrn_int64>(ch.size()));
+  if (rows) {
+    LineStore &r = a.rows_to_update();
+    auto unsorted = ck.unsorted.begin();
+    for (qrn_int64 k = 0; k < num; ++k) {
+      const qrn_int32 i = line_of(k);
+      r.resize_line(i, count_kept(val, ptrb[k], ptre[k], a.tol), 0, false);
+      const qrn_int64 n = copy_kept(idx, val, ptrb[k], ptre[k], a.tol, r.idx_of(i), r.val_of(i));
+      if (unsorted != ck.unsorted.end() && *unsorted == k) {
+        sort_line(r.idx_of(i), r.val_of(i), n);
+        ++unsorted;
+      }
+    }
+    r.tidy();
+  } else {
+    a.drop_rows();
+  }
+  for (qrn_int64 k = 0; k < num; ++k) a.rowlen[line_of(k)] = static_cast<qrn_int32>(count_kept(val, ptrb[k], ptre[k], a.tol));
+  group(ch, t.numvar);
+  merge(a.cols, ch, a.tol, nullptr);
+  a.nnz = a.cols.live;
 }
 
 // Replaces num lines of kind d: line sub[k] (first + k when sub is null) gets
-// the entries idx/val[ptrb[k], ptre[k]). Everything is checked first; then the
-// lines are replaced and the crossing lines merged with the differences.
+// the entries idx/val[ptrb[k], ptre[k]). Everything is checked first.
 void replace_lines(Task &t, Dim d, qrn_int64 num, const qrn_int32 *sub, qrn_int32 first, const qrn_int64 *ptrb,
                    const qrn_int64 *ptre, const qrn_int32 *idx, const double *val, const LineArgs &arg) {
   const qrn_int32 nlines = count_of(t, d), ncross = count_of(t, other(d));
@@ -213,26 +470,10 @@ void replace_lines(Task &t, Dim d, qrn_int64 num, const qrn_int32 *sub, qrn_int3
   qrn_int64 reach = check_pointers(num, ptrb, ptre, arg);
   need_array(idx, reach, arg.idx);
   need_array(val, reach, arg.val);
-  auto line_of = [&](qrn_int64 k) { return sub != nullptr ? sub[k] : static_cast<qrn_int32>(first + k); };
-  Lines &lines = d == Dim::row ? t.a.rows : t.a.cols;
-  Lines fresh(static_cast<size_t>(num));
-  std::vector<Change> cross;
-  size_t most = 0;  // changes to the crossing lines at most: old and new entries
-  for (qrn_int64 k = 0; k < num; ++k) most += static_cast<size_t>(ptre[k] - ptrb[k]) + lines[line_of(k)].size();
-  cross.reserve(most);
-  for (qrn_int64 k = 0; k < num; ++k) {
-    Line &f = fresh[k];
-    read_line(d, line_of(k), ncross, idx, val, ptrb[k], ptre[k], arg, f);
-    f.erase(std::remove_if(f.begin(), f.end(), [&](const Entry &e) { return std::fabs(e.val) <= t.a.tol; }),
-            f.end());
-    diff_line(lines[line_of(k)], line_of(k), f, cross);
-  }
-  for (qrn_int64 k = 0; k < num; ++k) {
-    Line &line = lines[line_of(k)];
-    t.a.nnz += static_cast<qrn_int64>(fresh[k].size()) - static_cast<qrn_int64>(line.size());
-    line.swap(fresh[k]);
-  }
-  merge(d == Dim::row ? t.a.cols : t.a.rows, cross, t.a.tol);
+  const LineList line_of{sub, first};
+  const Checked ck = check_lines(d, num, line_of, ptrb, ptre, idx, val, ncross, t.a.tol, arg);
+  if (d == Dim::col) store_cols(t, num, line_of, ptrb, ptre, idx, val, ck);
+  else store_rows(t, num, line_of, ptrb, ptre, idx, val, ck);
 }
 
 void put_line(Task &t, Dim d, qrn_int32 line, qrn_int32 nz, const qrn_int32 *idx, const double *val,
@@ -257,43 +498,79 @@ void put_slice(Task &t, Dim d, qrn_int32 first, qrn_int32 last, const qrn_int64 
                 LineArgs{"first", "ptrb", "ptre", "asub", "aval"});
 }
 
+void put_entries(Task &t, qrn_int64 num, const qrn_int32 *subi, const qrn_int32 *subj, const double *valij) {
+  need_count(num, "num");
+  need_array(subi, num, "subi");
+  need_array(subj, num, "subj");
+  need_array(valij, num, "valij");
+  for (qrn_int64 k = 0; k < num; ++k) {
+    check_index_at(Dim::row, subi[k], t.numcon, "subi", k);
+    check_index_at(Dim::col, subj[k], t.numvar, "subj", k);
+    check_finite_at(valij[k], "valij", k);
+  }
+  const double tol = t.a.tol;
+  qrn_int64 kept = 0;
+  for (qrn_int64 k = 0; k < num; ++k) kept += std::fabs(valij[k]) > tol;
+  // Into empty columns when there are no removals (a value within tol removes).
+  if (kept == num && fill_empty_columns(t, num, [&](auto f) {
+        for (qrn_int64 k = 0; k < num; ++k) f(subi[k], subj[k], valij[k]);
+      }))
+    return;
+  Pod<Change> ch;
+  ch.resize_uninit(static_cast<size_t>(num));
+  for (qrn_int64 k = 0; k < num; ++k) ch[k] = Change{subj[k], subi[k], valij[k]};
+  change_entries(t.a, ch, t.numcon, t.numvar);
+}
+
 // ---- readers ------------------------------------------------------------------
 
-const Line &line_at(const Task &t, Dim d, qrn_int32 k, const char *what) {
+// Line k of kind d (a row may rebuild the row-wise index).
+struct LineView {
+  const qrn_int32 *idx;
+  const double *val;
+  qrn_int32 n;
+};
+
+LineView line_at(const Task &t, Dim d, qrn_int32 k, const char *what) {
   check_index(d, k, count_of(t, d), what);
-  return lines_of(t.a, d)[k];
+  const LineStore &s = d == Dim::col ? t.a.cols : t.a.rows();
+  return LineView{s.idx_of(k), s.val_of(k), s.len[k]};
+}
+
+qrn_int32 line_size(const Task &t, Dim d, qrn_int32 k, const char *what) {
+  check_index(d, k, count_of(t, d), what);
+  return d == Dim::col ? t.a.cols.len[k] : t.a.rowlen[k];
 }
 
 void get_line(const Task &t, Dim d, qrn_int32 k, const char *what, qrn_int32 *nz, qrn_int32 *sub, double *val) {
-  const Line &line = line_at(t, d, k, what);
-  put(nz, static_cast<qrn_int32>(line.size()));
-  for (size_t p = 0; p < line.size(); ++p) {
-    if (sub != nullptr) sub[p] = line[p].idx;
-    if (val != nullptr) val[p] = line[p].val;
-  }
+  const LineView line = line_at(t, d, k, what);
+  put(nz, line.n);
+  if (sub != nullptr && line.n > 0) std::memcpy(sub, line.idx, line.n * sizeof(qrn_int32));
+  if (val != nullptr && line.n > 0) std::memcpy(val, line.val, line.n * sizeof(double));
 }
 
 qrn_int64 slice_nnz(const Task &t, Dim d, qrn_int32 first, qrn_int32 last) {
   check_slice(first, last, count_of(t, d), kind_of(d));
-  const Lines &lines = lines_of(t.a, d);
+  const qrn_int32 *len = d == Dim::col ? t.a.cols.len.data() : t.a.rowlen.data();
   qrn_int64 n = 0;
-  for (qrn_int32 k = first; k < last; ++k) n += static_cast<qrn_int64>(lines[k].size());
+  for (qrn_int32 k = first; k < last; ++k) n += len[k];
   return n;
 }
+
+const LineStore &lines_of(const Task &t, Dim d) { return d == Dim::col ? t.a.cols : t.a.rows(); }
 
 void get_slice(const Task &t, Dim d, qrn_int32 first, qrn_int32 last, qrn_int64 maxnumnz, qrn_int64 *ptrb,
                qrn_int64 *ptre, qrn_int32 *sub, double *val) {
   check_capacity(maxnumnz, slice_nnz(t, d, first, last), sub != nullptr || val != nullptr);
-  const Lines &lines = lines_of(t.a, d);
+  const LineStore &s = lines_of(t, d);
   qrn_int64 pos = 0;
   for (qrn_int32 k = first; k < last; ++k) {
-    put(ptrb == nullptr ? nullptr : ptrb + (k - first), pos);
-    for (const Entry &e : lines[k]) {
-      if (sub != nullptr) sub[pos] = e.idx;
-      if (val != nullptr) val[pos] = e.val;
-      ++pos;
-    }
-    put(ptre == nullptr ? nullptr : ptre + (k - first), pos);
+    const qrn_int32 n = s.len[k];
+    if (ptrb != nullptr) ptrb[k - first] = pos;
+    if (sub != nullptr && n > 0) std::memcpy(sub + pos, s.idx_of(k), n * sizeof(qrn_int32));
+    if (val != nullptr && n > 0) std::memcpy(val + pos, s.val_of(k), n * sizeof(double));
+    pos += n;
+    if (ptre != nullptr) ptre[k - first] = pos;
   }
 }
 
@@ -303,47 +580,62 @@ void get_trip(const Task &t, Dim d, qrn_int32 first, qrn_int32 last, qrn_int64 m
   check_capacity(maxnumnz, slice_nnz(t, d, first, last), subi != nullptr || subj != nullptr || val != nullptr);
   qrn_int32 *line_out = d == Dim::row ? subi : subj;
   qrn_int32 *idx_out = d == Dim::row ? subj : subi;
-  const Lines &lines = lines_of(t.a, d);
+  const LineStore &s = lines_of(t, d);
   qrn_int64 pos = 0;
-  for (qrn_int32 k = first; k < last; ++k)
-    for (const Entry &e : lines[k]) {
-      if (line_out != nullptr) line_out[pos] = k;
-      if (idx_out != nullptr) idx_out[pos] = e.idx;
-      if (val != nullptr) val[pos] = e.val;
-      ++pos;
-    }
+  for (qrn_int32 k = first; k < last; ++k) {
+    const qrn_int32 n = s.len[k];
+    if (line_out != nullptr) std::fill(line_out + pos, line_out + pos + n, k);
+    if (n == 0) continue;
+    if (idx_out != nullptr) std::memcpy(idx_out + pos, s.idx_of(k), n * sizeof(qrn_int32));
+    if (val != nullptr) std::memcpy(val + pos, s.val_of(k), n * sizeof(double));
+    pos += n;
+  }
 }
 
-// Non-zeros of A in rows [firsti, lasti) and columns [firstj, lastj), counted
-// along the shorter side.
+// Non-zeros of A in rows [firsti, lasti) and columns [firstj, lastj): along
+// the rows when the row-wise index is at hand and the rows are fewer, else
+// along the columns.
 qrn_int64 piece_nnz(const Task &t, qrn_int32 firsti, qrn_int32 lasti, qrn_int32 firstj, qrn_int32 lastj) {
   check_slice(firsti, lasti, t.numcon, "row");
   check_slice(firstj, lastj, t.numvar, "column");
-  bool by_rows = lasti - firsti <= lastj - firstj;
-  const Lines &lines = by_rows ? t.a.rows : t.a.cols;
-  qrn_int32 lo = by_rows ? firstj : firsti, hi = by_rows ? lastj : lasti;
-  auto below = [](const Entry &e, qrn_int32 k) { return e.idx < k; };
+  const bool by_rows = t.a.rows_ready() && lasti - firsti <= lastj - firstj;
+  const LineStore &s = by_rows ? t.a.rows() : t.a.cols;
+  const qrn_int32 lo = by_rows ? firstj : firsti, hi = by_rows ? lastj : lasti;
   qrn_int64 n = 0;
   for (qrn_int32 k = by_rows ? firsti : firstj, end = by_rows ? lasti : lastj; k < end; ++k) {
-    const Line &line = lines[k];
-    auto b = std::lower_bound(line.begin(), line.end(), lo, below);
-    n += std::lower_bound(b, line.end(), hi, below) - b;
+    const qrn_int32 *b = s.idx_of(k), *e = b + s.len[k];
+    const qrn_int32 *from = std::lower_bound(b, e, lo);
+    n += std::lower_bound(from, e, hi) - from;
   }
   return n;
 }
 
 // ---- whole-problem input ---------------------------------------------------------
 
-std::vector<Bound> read_bounds(qrn_int32 n, const qrn_int32 *bk, const double *bl, const double *bu,
-                               const char *kind) {
-  std::vector<Bound> out(n);
-  char what[48];
+bool bounds_below(qrn_int32 bk) { return bk == QRN_BK_LOWER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
+bool bounds_above(qrn_int32 bk) { return bk == QRN_BK_UPPER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
+
+// Checks n bounds (null arrays: free, -inf, +inf). Only a failing item gets
+// its message, from make_bound.
+void check_bounds(qrn_int32 n, const qrn_int32 *bk, const double *bl, const double *bu, const char *kind) {
   for (qrn_int32 k = 0; k < n; ++k) {
-    std::snprintf(what, sizeof what, "%s %d", kind, static_cast<int>(k));
-    out[k] = make_bound(bk != nullptr ? bk[k] : QRN_BK_FREE, bl != nullptr ? bl[k] : -inf,
-                        bu != nullptr ? bu[k] : inf, what);
+    const qrn_int32 key = bk != nullptr ? bk[k] : QRN_BK_FREE;
+    const double lo = bl != nullptr ? bl[k] : -inf, hi = bu != nullptr ? bu[k] : inf;
+    const bool ok = key >= QRN_BK_FREE && key <= QRN_BK_RANGED && !std::isnan(lo) && !std::isnan(hi) &&
+                    (!bounds_below(key) || std::fabs(lo) < QRN_INFINITY) &&
+                    (!bounds_above(key) || std::fabs(hi) < QRN_INFINITY);
+    if (!ok) make_bound(key, lo, hi, (std::string(kind) + " " + str(k)).c_str());  // throws with the reason
   }
-  return out;
+}
+
+// Stores checked bounds; a side that the key leaves open becomes infinite.
+void store_bounds(Bounds &out, qrn_int32 n, const qrn_int32 *bk, const double *bl, const double *bu) {
+  for (qrn_int32 k = 0; k < n; ++k) {
+    const qrn_int32 key = bk != nullptr ? bk[k] : QRN_BK_FREE;
+    out.bk[k] = key;
+    out.bl[k] = bl != nullptr && bounds_below(key) ? bl[k] : -inf;
+    out.bu[k] = bu != nullptr && bounds_above(key) ? bu[k] : inf;
+  }
 }
 
 // Sets the task's number of items of kind d to n: appends, or removes trailing ones.
@@ -366,40 +658,56 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   need_count(maxnumvar, "maxnumvar");
   need_count(numcon, "numcon");
   need_count(numvar, "numvar");
-  // Check and stage everything before the task changes.
+  // Check everything before the task changes: one pass over each array.
   const LineArgs arg{"aptrb", "aptrb", "aptre", "asub", "aval"};
   qrn_int64 reach = check_pointers(numvar, aptrb, aptre, arg);
   need_array(asub, reach, "asub");
   need_array(aval, reach, "aval");
-  Lines cols(numvar);
-  for (qrn_int32 j = 0; j < numvar; ++j) {
-    read_line(Dim::col, j, numcon, asub, aval, aptrb[j], aptre[j], arg, cols[j]);
-    cols[j].erase(std::remove_if(cols[j].begin(), cols[j].end(),
-                                 [&](const Entry &e) { return std::fabs(e.val) <= t.a.tol; }),
-                  cols[j].end());
-  }
-  std::vector<double> cnew(numvar, 0.0);
+  const double tol = t.a.tol;
+  const Checked ck = check_lines(Dim::col, numvar, LineList{nullptr, 0}, aptrb, aptre, asub, aval, numcon, tol, arg);
   if (c != nullptr)
-    for (qrn_int32 j = 0; j < numvar; ++j) check_finite_at(cnew[j] = c[j], "c", j);
+    for (qrn_int32 j = 0; j < numvar; ++j) check_finite_at(c[j], "c", j);
   check_finite(cfix, "cfix");
-  std::vector<Bound> conbound = read_bounds(numcon, bkc, blc, buc, "constraint");
-  std::vector<Bound> varbound = read_bounds(numvar, bkx, blx, bux, "variable");
+  check_bounds(numcon, bkc, blc, buc, "constraint");
+  check_bounds(numvar, bkx, blx, bux, "variable");
 
-  // Apply: empty A first so that resizing has nothing to renumber.
-  for (Line &l : t.a.rows) l.clear();
-  for (Line &l : t.a.cols) l.clear();
-  t.a.nnz = 0;
+  // Apply: empty A first so that resizing has nothing to renumber, then fill
+  // the columns in place, each with exactly the room it needs.
+  Matrix &a = t.a;
+  a.cols.clear();
+  a.cols.add_lines(t.numvar);
+  a.rowlen.resize_uninit(0);
+  a.rowlen.resize(t.numcon, 0);
+  a.drop_rows();
+  a.nnz = 0;
   resize(t, Dim::row, numcon);
   resize(t, Dim::col, numvar);
+  LineStore &cols = a.cols;
+  cols.idx.resize_uninit(static_cast<size_t>(ck.kept));
+  cols.val.resize_uninit(static_cast<size_t>(ck.kept));
+  qrn_int32 *rowlen = a.rowlen.data();
+  auto unsorted = ck.unsorted.begin();
+  qrn_int64 pos = 0;
   for (qrn_int32 j = 0; j < numvar; ++j) {
-    for (const Entry &e : cols[j]) t.a.rows[e.idx].push_back(Entry{j, e.val});
-    t.a.nnz += static_cast<qrn_int64>(cols[j].size());
+    qrn_int32 *oi = cols.idx.data() + pos;
+    double *ov = cols.val.data() + pos;
+    const qrn_int64 n = copy_kept(asub, aval, aptrb[j], aptre[j], tol, oi, ov);
+    if (unsorted != ck.unsorted.end() && *unsorted == j) {
+      sort_line(oi, ov, n);
+      ++unsorted;
+    }
+    for (qrn_int64 p = 0; p < n; ++p) ++rowlen[oi[p]];
+    cols.start[j] = pos;
+    cols.len[j] = cols.cap[j] = static_cast<qrn_int32>(n);
+    pos += n;
   }
-  t.a.cols = std::move(cols);
-  t.c = std::move(cnew);
+  cols.live = cols.room = pos;
+  a.nnz = pos;
+  if (c != nullptr && numvar > 0) std::memcpy(t.c.data(), c, numvar * sizeof(double));
+  else std::fill(t.c.begin(), t.c.end(), 0.0);
   t.cfix = cfix;
-  t.conbound = std::move(conbound);
-  t.varbound = std::move(varbound);
+  store_bounds(t.conbound, numcon, bkc, blc, buc);
+  store_bounds(t.varbound, numvar, bkx, blx, bux);
   t.maxnumcon = std::max(t.maxnumcon, maxnumcon);
   t.maxnumvar = std::max(t.maxnumvar, maxnumvar);
 }
@@ -434,12 +742,12 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumanz(qrn_task_t task, qrn_int64 maxnuma
 
 QRN_API qrn_rescode QRN_CALL QRN_getacolnumnz(qrn_task_t task, qrn_int32 j, qrn_int32 *nzj) {
   return api(task, "QRN_getacolnumnz",
-             [&](Task &t) { put(nzj, static_cast<qrn_int32>(line_at(t, Dim::col, j, "j").size())); });
+             [&](Task &t) { put(nzj, line_size(t, Dim::col, j, "j")); });
 }
 
 QRN_API qrn_rescode QRN_CALL QRN_getarownumnz(qrn_task_t task, qrn_int32 i, qrn_int32 *nzi) {
   return api(task, "QRN_getarownumnz",
-             [&](Task &t) { put(nzi, static_cast<qrn_int32>(line_at(t, Dim::row, i, "i").size())); });
+             [&](Task &t) { put(nzi, line_size(t, Dim::row, i, "i")); });
 }
 
 QRN_API qrn_rescode QRN_CALL QRN_getacolslicenumnz64(qrn_task_t task, qrn_int32 first, qrn_int32 last,
@@ -476,12 +784,10 @@ QRN_API qrn_rescode QRN_CALL QRN_putatruncatetol(qrn_task_t task, qrn_real tolze
 
 QRN_API qrn_rescode QRN_CALL QRN_getaij(qrn_task_t task, qrn_int32 i, qrn_int32 j, qrn_real *aij) {
   return api(task, "QRN_getaij", [&](Task &t) {
-    const Line &row = line_at(t, Dim::row, i, "i");
-    const Line &col = line_at(t, Dim::col, j, "j");
-    const Line &line = row.size() <= col.size() ? row : col;
-    qrn_int32 idx = &line == &row ? j : i;
-    auto it = std::lower_bound(line.begin(), line.end(), idx, [](const Entry &e, qrn_int32 k) { return e.idx < k; });
-    put(aij, it != line.end() && it->idx == idx ? it->val : 0.0);
+    check_index(Dim::row, i, t.numcon, "i");
+    const LineView col = line_at(t, Dim::col, j, "j");
+    const qrn_int32 *pos = std::lower_bound(col.idx, col.idx + col.n, i);
+    put(aij, pos != col.idx + col.n && *pos == i ? col.val[pos - col.idx] : 0.0);
   });
 }
 
@@ -490,8 +796,15 @@ QRN_API qrn_rescode QRN_CALL QRN_putaij(qrn_task_t task, qrn_int32 i, qrn_int32 
     check_index(Dim::row, i, t.numcon, "i");
     check_index(Dim::col, j, t.numvar, "j");
     check_finite(aij, "aij");
-    std::vector<Change> ch{Change{i, j, aij}};
-    set_entries(t.a, ch);
+    std::vector<Change> scratch;  // not used for one change
+    const Change by_col{j, i, aij}, by_row{i, j, aij};
+    merge_line(t.a.cols, j, &by_col, &by_col + 1, t.a.tol, t.a.rowlen.data(), scratch);
+    t.a.nnz = t.a.cols.live;
+    t.a.cols.tidy();
+    if (t.a.rows_ready()) {
+      merge_line(t.a.rows_to_update(), i, &by_row, &by_row + 1, t.a.tol, nullptr, scratch);
+      t.a.rows_to_update().tidy();
+    }
   });
 }
 
@@ -554,27 +867,7 @@ QRN_API qrn_rescode QRN_CALL QRN_putarow(qrn_task_t task, qrn_int32 i, qrn_int32
 
 QRN_API qrn_rescode QRN_CALL QRN_putaijlist64(qrn_task_t task, qrn_int64 num, const qrn_int32 *subi,
                                               const qrn_int32 *subj, const qrn_real *valij) {
-  return api(task, "QRN_putaijlist64", [&](Task &t) {
-    need_count(num, "num");
-    need_array(subi, num, "subi");
-    need_array(subj, num, "subj");
-    need_array(valij, num, "valij");
-    std::vector<Change> ch(static_cast<size_t>(num));
-    for (qrn_int64 k = 0; k < num; ++k) {
-      check_index_at(Dim::row, subi[k], t.numcon, "subi", k);
-      check_index_at(Dim::col, subj[k], t.numvar, "subj", k);
-      check_finite_at(valij[k], "valij", k);
-      ch[k] = Change{subi[k], subj[k], valij[k]};
-    }
-    // Of repeated entries the last one counts: keep the last of each run.
-    if (!std::is_sorted(ch.begin(), ch.end(), line_order)) std::stable_sort(ch.begin(), ch.end(), line_order);
-    auto same = [](const Change &x, const Change &y) { return x.line == y.line && x.idx == y.idx; };
-    size_t w = 0;
-    for (size_t k = 0; k < ch.size(); ++k)
-      if (k + 1 == ch.size() || !same(ch[k], ch[k + 1])) ch[w++] = ch[k];
-    ch.resize(w);
-    set_entries(t.a, ch);
-  });
+  return api(task, "QRN_putaijlist64", [&](Task &t) { put_entries(t, num, subi, subj, valij); });
 }
 
 QRN_API qrn_rescode QRN_CALL QRN_putarowlist64(qrn_task_t task, qrn_int32 num, const qrn_int32 *sub,

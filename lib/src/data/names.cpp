@@ -69,13 +69,18 @@ void assign_names(NameTable &table, const NameAssignment &items, const char *kin
            "The name " + quoted(name) + " already belongs to " + kind + " " + std::to_string(held->second) + ".");
   }
   // Old names are released before new ones are taken, so that names can move
-  // between the listed items.
+  // between the listed items. The table grows to the last item named.
+  size_t need = table.names.size();
+  for (auto &[idx, name] : items)
+    if (!name.empty()) need = std::max(need, static_cast<size_t>(idx) + 1);
+  table.names.resize(need);
   for (auto &item : items) {
-    const std::string &old = table.names[item.first];
+    const std::string &old = table.name(item.first);
     auto it = table.index.find(old);
     if (it != table.index.end() && it->second == item.first) table.index.erase(it);
   }
   for (auto &[idx, name] : items) {
+    if (static_cast<size_t>(idx) >= table.names.size()) continue;  // unnamed, and stays so
     table.names[idx] = name;
     if (!name.empty()) table.index[name] = static_cast<qrn_int32>(idx);
   }
@@ -209,14 +214,14 @@ qrn_rescode put_name(qrn_task_t task, const char *fn, const Kind &kind, qrn_int3
 qrn_rescode name_len(qrn_task_t task, const char *fn, const Kind &kind, qrn_int32 idx, qrn_int32 *len) {
   return api(task, fn, [&](Task &t) {
     kind.check(t, idx, kind.index);
-    put(len, static_cast<qrn_int32>((t.*kind.table).names[idx].size()));
+    put(len, static_cast<qrn_int32>((t.*kind.table).name(idx).size()));
   });
 }
 
 qrn_rescode get_name(qrn_task_t task, const char *fn, const Kind &kind, qrn_int32 idx, qrn_int32 size, char *name) {
   return api(task, fn, [&](Task &t) {
     kind.check(t, idx, kind.index);
-    copy_name((t.*kind.table).names[idx], size, name);
+    copy_name((t.*kind.table).name(idx), size, name);
   });
 }
 
@@ -237,9 +242,11 @@ qrn_rescode generate(qrn_task_t task, const char *fn, const Kind &kind, qrn_int3
     need_count(num, "The number of items");
     need_array(sub, num, "sub");
     NameTable &table = t.*kind.table;
-    std::vector<bool> seen(table.names.size(), false);
+    for (qrn_int32 k = 0; k < num; ++k) kind.check(t, sub[k], kind.index);
+    qrn_int32 most = -1;
+    for (qrn_int32 k = 0; k < num; ++k) most = std::max(most, sub[k]);
+    std::vector<bool> seen(static_cast<size_t>(most) + 1, false);
     for (qrn_int32 k = 0; k < num; ++k) {
-      kind.check(t, sub[k], kind.index);
       if (seen[sub[k]])
         fail(QRN_RES_ERR_DUP_INDEX, std::string("The ") + kind.index + " " + std::to_string(sub[k]) + " is listed twice.");
       seen[sub[k]] = true;

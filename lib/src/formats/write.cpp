@@ -160,10 +160,7 @@ void write_text(const Task &t, const Sink &sink) {
   for (size_t j = 0; j < t.c.size(); ++j)
     if (t.c[j] != 0.0) out.integer(static_cast<qrn_int64>(j)).number(t.c[j]).end_line();
 
-  auto name_of = [](const NameTable &names, size_t k) -> const std::string & {
-    static const std::string none;
-    return k < names.names.size() ? names.names[k] : none;
-  };
+  auto name_of = [](const NameTable &names, size_t k) -> const std::string & { return names.name(k); };
   section(out, "constraints", t.numcon);
   for (qrn_int32 i = 0; i < t.numcon; ++i) {
     out.integer(i).name(name_of(t.connames, i));
@@ -178,17 +175,21 @@ void write_text(const Task &t, const Sink &sink) {
   }
 
   section(out, "matrix", t.a.nnz);
-  for (qrn_int32 j = 0; j < t.numvar; ++j)
-    for (const Entry &e : t.a.cols[j]) out.integer(e.idx).integer(j).number(e.val).end_line();
+  for (qrn_int32 j = 0; j < t.numvar; ++j) {
+    const qrn_int32 *rows = t.a.cols.idx_of(j);
+    const double *vals = t.a.cols.val_of(j);
+    for (qrn_int32 p = 0; p < t.a.cols.len[j]; ++p) out.integer(rows[p]).integer(j).number(vals[p]).end_line();
+  }
 
-  section(out, "qobjective", static_cast<qrn_int64>(t.qobj.size()));
-  for (const auto &[ij, v] : t.qobj) out.integer(ij.first).integer(ij.second).number(v).end_line();
+  section(out, "qobjective", t.qobj.size());
+  t.qobj.each([&](qrn_int32 i, qrn_int32 j, double v) { out.integer(i).integer(j).number(v).end_line(); });
   qrn_int64 numqc = 0;
-  for (const QTerms &q : t.qcon) numqc += static_cast<qrn_int64>(q.size());
+  for (const QTerms &q : t.qcon) numqc += q.size();
   section(out, "qconstraints", numqc);
   for (size_t k = 0; k < t.qcon.size(); ++k)
-    for (const auto &[ij, v] : t.qcon[k])
-      out.integer(static_cast<qrn_int64>(k)).integer(ij.first).integer(ij.second).number(v).end_line();
+    t.qcon[k].each([&](qrn_int32 i, qrn_int32 j, double v) {
+      out.integer(static_cast<qrn_int64>(k)).integer(i).integer(j).number(v).end_line();
+    });
 
   section(out, "cones", static_cast<qrn_int64>(t.cones.size()));
   for (size_t k = 0; k < t.cones.size(); ++k) {

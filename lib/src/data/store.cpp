@@ -1,0 +1,268 @@
+// The storage behind a task's problem data (store.hpp): compressed lines with
+// room to grow, the matrix with its derived row-wise index, and quadratic terms.
+#include "store.hpp"
+
+#include <algorithm>
+#include <climits>
+#include <numeric>
+
+namespace qrn {
+
+// ---- compressed lines -----------------------------------------------------------
+
+void LineStore::add_lines(qrn_int32 n) {
+  const size_t k = start.size();
+  start.resize(k + n, static_cast<qrn_int64>(idx.size()));
+  len.resize(k + n, 0);
+  cap.resize(k + n, 0);
+}
+
+void LineStore::reserve_more(qrn_int64 n) {
+  idx.reserve(idx.size() + static_cast<size_t>(n));
+  val.reserve(val.size() + static_cast<size_t>(n));
+}
+
+void LineStore::resize_line(qrn_int32 k, qrn_int64 n, qrn_int64 keep, bool slack) {
+  live += n - len[k];
+  if (n > cap[k]) {
+    qrn_int64 c = slack ? std::max<qrn_int64>(n + n / 2, 4) : n;
+    c = std::min<qrn_int64>(c, INT32_MAX);
+    const size_t at = idx.size();
+    idx.resize_uninit(at + c);
+    val.resize_uninit(at + c);
+    if (keep > 0) {
+      std::memcpy(idx.data() + at, idx.data() + start[k], keep * sizeof(qrn_int32));
+      std::memcpy(val.data() + at, val.data() + start[k], keep * sizeof(double));
+    }
+    room += c - cap[k];
+    start[k] = static_cast<qrn_int64>(at);
+    cap[k] = static_cast<qrn_int32>(c);
+  }
+  len[k] = static_cast<qrn_int32>(n);
+}
+
+void LineStore::drop_lines(const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  size_t w = 0;
+  for (size_t k = 0; k < start.size(); ++k) {
+    if (newindex[k] < 0) {
+      live -= len[k];
+      room -= cap[k];
+      continue;
+    }
+    start[w] = start[k];
+    len[w] = len[k];
+    cap[w] = cap[k];
+    ++w;
+  }
+  start.resize_uninit(count);
+  len.resize_uninit(count);
+  cap.resize_uninit(count);
+  tidy();
+}
+
+void LineStore::renumber(const std::vector<qrn_int32> &newindex) {
+  for (qrn_int32 k = 0; k < lines(); ++k) {
+    qrn_int32 *ix = idx_of(k);
+    double *v = val_of(k);
+    qrn_int32 w = 0;
+    for (qrn_int32 p = 0; p < len[k]; ++p) {
+      const qrn_int32 to = newindex[ix[p]];
+      if (to < 0) continue;
+      ix[w] = to;
+      v[w++] = v[p];
+    }
+    live -= len[k] - w;
+    len[k] = w;
+  }
+}
+
+void LineStore::tidy() {
+  const auto garbage = static_cast<qrn_int64>(idx.size()) - room;
+  if (garbage > room / 2 + 4096) compact();
+}
+
+void LineStore::compact() {
+  const qrn_int32 n = lines();
+  std::vector<qrn_int32> order(n);
+  std::iota(order.begin(), order.end(), 0);
+  auto by_start = [&](qrn_int32 a, qrn_int32 b) { return start[a] < start[b]; };
+  if (!std::is_sorted(order.begin(), order.end(), by_start)) std::sort(order.begin(), order.end(), by_start);
+  // Lines keep their order in the pool, so each moves down (or stays); room
+  // far beyond a line's length is given up.
+  qrn_int64 w = 0;
+  for (qrn_int32 k : order) {
+    const qrn_int64 c = cap[k] > 2 * static_cast<qrn_int64>(len[k]) + 8 ? len[k] : cap[k];
+    if (start[k] != w && len[k] > 0) {
+      std::memmove(idx.data() + w, idx.data() + start[k], len[k] * sizeof(qrn_int32));
+      std::memmove(val.data() + w, val.data() + start[k], len[k] * sizeof(double));
+    }
+    start[k] = w;
+    cap[k] = static_cast<qrn_int32>(c);
+    w += c;
+  }
+  room = w;
+  idx.resize_uninit(static_cast<size_t>(w));
+  val.resize_uninit(static_cast<size_t>(w));
+  if (idx.capacity() > 2 * idx.size() + 65536) {  // give back what the pool no longer needs
+    Pod<qrn_int32> i2(idx);
+    Pod<double> v2(val);
+    idx.swap(i2);
+    val.swap(v2);
+  }
+}
+
+void LineStore::clear() {
+  start.release();
+  len.release();
+  cap.release();
+  idx.release();
+  val.release();
+  live = room = 0;
+}
+
+// ---- the matrix and its row-wise index ---------------------------------------------
+
+Matrix::Matrix(const Matrix &o) : cols(o.cols), rowlen(o.rowlen), nnz(o.nnz), maxnnz(o.maxnnz), tol(o.tol) {
+  std::lock_guard<std::mutex> lock(o.mutex_.m);
+  if (o.rows_ready()) {
+    rows_ = o.rows_;
+    ready_.store(true, std::memory_order_release);
+  }
+}
+
+Matrix &Matrix::operator=(const Matrix &o) {
+  if (this == &o) return *this;
+  Matrix copy(o);
+  cols = std::move(copy.cols);
+  rowlen = std::move(copy.rowlen);
+  nnz = copy.nnz;
+  maxnnz = copy.maxnnz;
+  tol = copy.tol;
+  rows_ = std::move(copy.rows_);
+  ready_.store(copy.rows_ready(), std::memory_order_release);
+  return *this;
+}
+
+void Matrix::drop_rows() {
+  if (!rows_ready()) return;
+  ready_.store(false, std::memory_order_release);
+  rows_.clear();
+}
+
+const LineStore &Matrix::rows() const {
+  if (rows_ready()) return rows_;
+  std::lock_guard<std::mutex> lock(mutex_.m);
+  if (rows_ready()) return rows_;
+  // One pass over the columns: every row gets exactly the room it needs, and
+  // as the columns are visited in order each row comes out sorted.
+  LineStore r;
+  const auto m = static_cast<qrn_int32>(rowlen.size());
+  r.start.resize_uninit(m);
+  r.len.resize_uninit(m);
+  r.cap.resize_uninit(m);
+  qrn_int64 at = 0;
+  for (qrn_int32 i = 0; i < m; ++i) {
+    r.start[i] = at;
+    r.len[i] = 0;
+    r.cap[i] = rowlen[i];
+    at += rowlen[i];
+  }
+  r.idx.resize_uninit(static_cast<size_t>(at));
+  r.val.resize_uninit(static_cast<size_t>(at));
+  for (qrn_int32 j = 0; j < cols.lines(); ++j) {
+    const qrn_int32 *ix = cols.idx_of(j);
+    const double *v = cols.val_of(j);
+    for (qrn_int32 p = 0, n = cols.len[j]; p < n; ++p) {
+      const qrn_int32 i = ix[p];
+      const qrn_int64 pos = r.start[i] + r.len[i]++;
+      r.idx[pos] = j;
+      r.val[pos] = v[p];
+    }
+  }
+  r.live = r.room = at;
+  rows_ = std::move(r);
+  ready_.store(true, std::memory_order_release);
+  return rows_;
+}
+
+// ---- quadratic terms ----------------------------------------------------------------
+
+namespace {
+// Position of (i, j) in the sorted arrays, or -1.
+qrn_int64 find_pair(const QTerms &q, qrn_int32 i, qrn_int32 j) {
+  qrn_int64 lo = 0, hi = static_cast<qrn_int64>(q.val.size());
+  while (lo < hi) {
+    qrn_int64 mid = (lo + hi) / 2;
+    if (q.subi[mid] < i || (q.subi[mid] == i && q.subj[mid] < j)) lo = mid + 1;
+    else hi = mid;
+  }
+  return lo < static_cast<qrn_int64>(q.val.size()) && q.subi[lo] == i && q.subj[lo] == j ? lo : -1;
+}
+}  // namespace
+
+double QTerms::get(qrn_int32 i, qrn_int32 j) const {
+  auto it = fresh.find({i, j});
+  if (it != fresh.end()) return it->second;
+  qrn_int64 k = find_pair(*this, i, j);
+  return k < 0 ? 0.0 : val[k];
+}
+
+void QTerms::set(qrn_int32 i, qrn_int32 j, double v) {
+  qrn_int64 k = find_pair(*this, i, j);
+  if (k >= 0) {
+    const bool was = val[k] != 0.0, is = v != 0.0;
+    count += is - was;
+    zeros += was - is;
+    val[k] = v;
+  } else if (v == 0.0) {
+    count -= static_cast<qrn_int64>(fresh.erase({i, j}));
+  } else {
+    count += fresh.insert_or_assign({i, j}, v).second;
+  }
+  if (static_cast<qrn_int64>(fresh.size()) + zeros > 64 + static_cast<qrn_int64>(val.size()) / 4) settle();
+}
+
+void QTerms::settle() {
+  if (fresh.empty() && zeros == 0) return;
+  Pod<qrn_int32> i2, j2;
+  Pod<double> v2;
+  i2.reserve(static_cast<size_t>(count));
+  j2.reserve(static_cast<size_t>(count));
+  v2.reserve(static_cast<size_t>(count));
+  each([&](qrn_int32 i, qrn_int32 j, double v) {
+    i2.push_back(i);
+    j2.push_back(j);
+    v2.push_back(v);
+  });
+  subi.swap(i2);
+  subj.swap(j2);
+  val.swap(v2);
+  fresh.clear();
+  zeros = 0;
+}
+
+void QTerms::clear() {
+  subi.release();
+  subj.release();
+  val.release();
+  fresh.clear();
+  count = zeros = 0;
+}
+
+void QTerms::renumber(const std::vector<qrn_int32> &newvar) {
+  settle();
+  size_t w = 0;
+  for (size_t k = 0; k < val.size(); ++k) {
+    const qrn_int32 i = newvar[subi[k]], j = newvar[subj[k]];
+    if (i < 0 || j < 0) continue;
+    subi[w] = i;
+    subj[w] = j;
+    val[w++] = val[k];
+  }
+  subi.resize_uninit(w);
+  subj.resize_uninit(w);
+  val.resize_uninit(w);
+  count = static_cast<qrn_int64>(w);
+}
+
+}  // namespace qrn

@@ -1,0 +1,351 @@
+// What the storage of A makes delicate: columns and the derived row index kept
+// in step through every writer, removal in the middle of a large model, the
+// truncation tolerance on every path, growth of lines in the pool, capacity
+// hints, quadratic terms written one at a time, and concurrent readers.
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <random>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "fixture.hpp"
+
+namespace {
+
+using Dense = std::map<std::pair<int, int>, double>;  // (i, j) -> a_ij, no zeros
+
+// Checks every row, every column, the triplets and the count against ref.
+void same(qrn_task_t t, const Dense &ref, int m, int n) {
+  qrn_int64 nnz = -1;
+  CHECK_EQ(QRN_getnumanz64(t, &nnz), QRN_RES_OK);
+  CHECK_EQ(nnz, static_cast<qrn_int64>(ref.size()));
+  std::vector<qrn_int32> sub(std::max(m, n) + 1);
+  std::vector<double> val(std::max(m, n) + 1);
+  for (int j = 0; j < n; ++j) {
+    qrn_int32 nz = -1;
+    CHECK_EQ(QRN_getacol(t, j, &nz, sub.data(), val.data()), QRN_RES_OK);
+    std::vector<std::pair<int, double>> got, want;
+    for (int p = 0; p < nz; ++p) got.emplace_back(sub[p], val[p]);
+    for (auto it = ref.begin(); it != ref.end(); ++it)
+      if (it->first.second == j) want.emplace_back(it->first.first, it->second);
+    CHECK_EQ(got, want);
+  }
+  for (int i = 0; i < m; ++i) {
+    qrn_int32 nz = -1, count = -1;
+    CHECK_EQ(QRN_getarownumnz(t, i, &count), QRN_RES_OK);
+    CHECK_EQ(QRN_getarow(t, i, &nz, sub.data(), val.data()), QRN_RES_OK);
+    CHECK_EQ(nz, count);
+    std::vector<std::pair<int, double>> got, want;
+    for (int p = 0; p < nz; ++p) got.emplace_back(sub[p], val[p]);
+    for (auto it = ref.lower_bound({i, 0}); it != ref.end() && it->first.first == i; ++it)
+      want.emplace_back(it->first.second, it->second);
+    CHECK_EQ(got, want);
+  }
+}
+
+// Lines in compressed form from a dense map: rows (by_row) or columns.
+struct Compressed {
+  std::vector<qrn_int64> ptrb, ptre;
+  std::vector<qrn_int32> sub;
+  std::vector<double> val;
+};
+
+}  // namespace
+
+TEST(storage_interleaved_writes_and_reads_both_ways) {
+  const int m = 23, n = 31;
+  Fixture f(m, n);
+  qrn_task_t t = f.task;
+  Dense ref;
+  std::mt19937 rng(7);
+  auto pick = [&](int k) { return static_cast<int>(rng() % static_cast<unsigned>(k)); };
+  auto value = [&]() { return pick(5) == 0 ? 0.0 : static_cast<double>(pick(9) + 1) * (pick(2) ? 1 : -1); };
+  for (int step = 0; step < 300; ++step) {
+    const int op = pick(7);
+    if (op == 0) {  // one entry
+      int i = pick(m), j = pick(n);
+      double v = value();
+      CHECK_EQ(QRN_putaij(t, i, j, v), QRN_RES_OK);
+      if (v == 0) ref.erase({i, j});
+      else ref[{i, j}] = v;
+    } else if (op == 1 || op == 2) {  // a few whole columns or rows, unsorted, some empty
+      const bool cols = op == 1;
+      const int lines = cols ? n : m, cross = cols ? m : n;
+      std::vector<qrn_int32> list;
+      for (int k = 0; k < lines; ++k)
+        if (pick(4) == 0) list.push_back(k);
+      std::shuffle(list.begin(), list.end(), rng);
+      Compressed c;
+      for (int line : list) {
+        c.ptrb.push_back(static_cast<qrn_int64>(c.sub.size()));
+        std::vector<int> idx;
+        for (int k = 0; k < cross; ++k)
+          if (pick(3) == 0) idx.push_back(k);
+        std::shuffle(idx.begin(), idx.end(), rng);
+        for (auto it = ref.begin(); it != ref.end();)
+          it = (cols ? it->first.second : it->first.first) == line ? ref.erase(it) : std::next(it);
+        for (int k : idx) {
+          double v = value();
+          c.sub.push_back(k);
+          c.val.push_back(v);
+          if (v != 0) ref[cols ? std::make_pair(k, line) : std::make_pair(line, k)] = v;
+        }
+        c.ptre.push_back(static_cast<qrn_int64>(c.sub.size()));
+      }
+      const auto num = static_cast<qrn_int32>(list.size());
+      CHECK_EQ(cols ? QRN_putacollist64(t, num, list.data(), c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data())
+                    : QRN_putarowlist64(t, num, list.data(), c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data()),
+               QRN_RES_OK);
+    } else if (op == 3) {  // triplets, with repeats (the last counts)
+      std::vector<qrn_int32> si, sj;
+      std::vector<double> sv;
+      for (int k = pick(90); k > 0; --k) {
+        si.push_back(pick(m));
+        sj.push_back(pick(n));
+        sv.push_back(value());
+        if (sv.back() == 0) ref.erase({si.back(), sj.back()});
+        else ref[{si.back(), sj.back()}] = sv.back();
+      }
+      CHECK_EQ(QRN_putaijlist64(t, static_cast<qrn_int64>(si.size()), si.data(), sj.data(), sv.data()), QRN_RES_OK);
+    } else if (op == 4) {  // a row slice (sorted input)
+      int first = pick(m), last = first + pick(m - first + 1);
+      Compressed c;
+      for (int i = first; i < last; ++i) {
+        c.ptrb.push_back(static_cast<qrn_int64>(c.sub.size()));
+        for (int j = 0; j < n; ++j) ref.erase({i, j});
+        for (int j = 0; j < n; ++j)
+          if (pick(5) == 0) {
+            c.sub.push_back(j);
+            c.val.push_back(value());
+            if (c.val.back() != 0) ref[{i, j}] = c.val.back();
+          }
+        c.ptre.push_back(static_cast<qrn_int64>(c.sub.size()));
+      }
+      CHECK_EQ(QRN_putarowslice64(t, first, last, c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data()),
+               QRN_RES_OK);
+    } else if (op == 5) {  // read one row: keeps the row index around for the next writes
+      int i = pick(m);
+      qrn_int32 nz = -1;
+      CHECK_EQ(QRN_getarow(t, i, &nz, nullptr, nullptr), QRN_RES_OK);
+      qrn_int32 want = 0;
+      for (auto it = ref.lower_bound({i, 0}); it != ref.end() && it->first.first == i; ++it) ++want;
+      CHECK_EQ(nz, want);
+    } else {  // one entry read back
+      int i = pick(m), j = pick(n);
+      double v = -1;
+      CHECK_EQ(QRN_getaij(t, i, j, &v), QRN_RES_OK);
+      auto it = ref.find({i, j});
+      CHECK_EQ(v, it == ref.end() ? 0.0 : it->second);
+    }
+    if (step % 25 == 0) same(t, ref, m, n);
+  }
+  same(t, ref, m, n);
+}
+
+TEST(storage_removal_in_the_middle_of_a_large_model) {
+  const int m = 3000, n = 6000, per = 7;
+  Fixture f;
+  qrn_task_t t = f.task;
+  std::vector<qrn_int64> pb(n), pe(n);
+  std::vector<qrn_int32> sub;
+  std::vector<double> val;
+  Dense ref;
+  for (int j = 0; j < n; ++j) {
+    pb[j] = static_cast<qrn_int64>(sub.size());
+    for (int k = 0; k < per; ++k) {
+      int i = (j * 13 + k * (m / per)) % m;
+      sub.push_back(i);
+      val.push_back(j + k + 1.0);
+      ref[{i, j}] = j + k + 1.0;
+    }
+    pe[j] = static_cast<qrn_int64>(sub.size());
+  }
+  CHECK_EQ(QRN_inputdata64(t, 0, 0, m, n, nullptr, 0, pb.data(), pe.data(), sub.data(), val.data(), nullptr, nullptr,
+                           nullptr, nullptr, nullptr, nullptr),
+           QRN_RES_OK);
+  qrn_int32 nz = -1;
+  CHECK_EQ(QRN_getarow(t, 5, &nz, nullptr, nullptr), QRN_RES_OK);  // the row index exists before the removal
+  CHECK_EQ(QRN_putconname(t, 2000, "kept"), QRN_RES_OK);
+  std::vector<qrn_int32> cons, vars;
+  for (int i = 1000; i < 1400; ++i) cons.push_back(i);
+  for (int j = 2500; j < 4000; j += 3) vars.push_back(j);
+  CHECK_EQ(QRN_removecons(t, static_cast<qrn_int32>(cons.size()), cons.data()), QRN_RES_OK);
+  CHECK_EQ(QRN_removevars(t, static_cast<qrn_int32>(vars.size()), vars.data()), QRN_RES_OK);
+  auto newcon = [&](int i) { return i < 1000 ? i : i < 1400 ? -1 : i - 400; };
+  auto newvar = [&](int j) {
+    if (j < 2500) return j;
+    if (j < 4000) return (j - 2500) % 3 == 0 ? -1 : j - (j - 2500) / 3 - 1;
+    return j - 500;
+  };
+  Dense after;
+  for (auto &[ij, v] : ref)
+    if (newcon(ij.first) >= 0 && newvar(ij.second) >= 0) after[{newcon(ij.first), newvar(ij.second)}] = v;
+  same(t, after, m - 400, n - 500);
+  qrn_int32 found = 0, index = -1;
+  CHECK_EQ(QRN_getconnameindex(t, "kept", &found, &index), QRN_RES_OK);
+  CHECK_EQ(index, 1600);
+}
+
+TEST(storage_truncation_on_every_path) {
+  Fixture f(3, 3);
+  qrn_task_t t = f.task;
+  CHECK_EQ(QRN_putatruncatetol(t, 0.5), QRN_RES_OK);
+  const qrn_int64 b[] = {0, 2, 3}, e[] = {2, 3, 5};
+  const qrn_int32 sub[] = {0, 2, 1, 0, 2};
+  const double val[] = {0.5, 2, -0.25, 3, -4};
+  // The same input as rows, as columns and as triplets keeps the same entries.
+  CHECK_EQ(QRN_putarowslice64(t, 0, 3, b, e, sub, val), QRN_RES_OK);
+  Dense rows{{{0, 2}, 2}, {{2, 0}, 3}, {{2, 2}, -4}};
+  same(t, rows, 3, 3);
+  CHECK_EQ(QRN_putacolslice64(t, 0, 3, b, e, sub, val), QRN_RES_OK);
+  Dense cols{{{2, 0}, 2}, {{0, 2}, 3}, {{2, 2}, -4}};
+  same(t, cols, 3, 3);
+  const qrn_int32 ti[] = {1, 1, 0}, tj[] = {1, 0, 2};
+  const double tv[] = {7, 0.125, -0.5};  // the last removes (0, 2)
+  CHECK_EQ(QRN_putaijlist64(t, 3, ti, tj, tv), QRN_RES_OK);
+  cols.erase({0, 2});
+  cols[{1, 1}] = 7;
+  same(t, cols, 3, 3);
+  // Into an empty matrix: values within the tolerance are dropped on the fast path too.
+  Fixture g(3, 3);
+  CHECK_EQ(QRN_putatruncatetol(g.task, 0.5), QRN_RES_OK);
+  CHECK_EQ(QRN_putarowslice64(g.task, 0, 3, b, e, sub, val), QRN_RES_OK);
+  same(g.task, rows, 3, 3);
+}
+
+TEST(storage_lines_grow_move_and_shrink) {
+  const int m = 400, n = 50;
+  Fixture f(m, n);
+  qrn_task_t t = f.task;
+  Dense ref;
+  // Column 3 grows one entry at a time from its end and its start, moving in the pool.
+  for (int k = 0; k < 150; ++k) {
+    int i = k % 2 ? 200 + k : 199 - k;
+    CHECK_EQ(QRN_putaij(t, i, 3, k + 1.0), QRN_RES_OK);
+    ref[{i, 3}] = k + 1.0;
+  }
+  same(t, ref, m, n);
+  // Replacing a long column by short ones and back leaves garbage that is reclaimed.
+  std::vector<qrn_int32> all(m);
+  std::vector<double> ones(m, 1.0);
+  for (int i = 0; i < m; ++i) all[i] = i;
+  for (int round = 0; round < 40; ++round) {
+    const int j = round % n, len = round % 2 ? m : 3;
+    CHECK_EQ(QRN_putacol(t, j, len, all.data(), ones.data()), QRN_RES_OK);
+    for (int i = 0; i < m; ++i) ref.erase({i, j});
+    for (int i = 0; i < len; ++i) ref[{i, j}] = 1.0;
+  }
+  same(t, ref, m, n);
+  // A copy of the task has the same matrix and goes its own way.
+  qrn_task_t copy = nullptr;
+  CHECK_EQ(QRN_clonetask(t, &copy), QRN_RES_OK);
+  CHECK_EQ(QRN_putaij(copy, 0, 0, 9), QRN_RES_OK);
+  same(t, ref, m, n);
+  Dense changed = ref;
+  changed[{0, 0}] = 9;
+  same(copy, changed, m, n);
+  QRN_deletetask(&copy);
+  CHECK_EQ(QRN_appendcons(t, 2), QRN_RES_OK);
+  CHECK_EQ(QRN_putaij(t, m + 1, 4, 2), QRN_RES_OK);
+  ref[{m + 1, 4}] = 2;
+  same(t, ref, m + 2, n);
+}
+
+TEST(storage_capacities_are_hints) {
+  Fixture f(2, 3);
+  qrn_task_t t = f.task;
+  QRN_putaij(f.task, 0, 0, 1);
+  const qrn_int32 big = 2147483647;
+  CHECK_EQ(QRN_putmaxnumcon(t, big), QRN_RES_OK);
+  CHECK_EQ(QRN_putmaxnumvar(t, big), QRN_RES_OK);
+  CHECK_EQ(QRN_putmaxnumcone(t, big), QRN_RES_OK);
+  CHECK_EQ(QRN_putmaxnumanz(t, big), QRN_RES_OK);
+  CHECK_EQ(QRN_putmaxnumqnz(t, big), QRN_RES_OK);
+  qrn_int32 c = 0, v = 0, k = 0;
+  qrn_int64 anz = 0, qnz = 0;
+  QRN_getmaxnumcon(t, &c);
+  QRN_getmaxnumvar(t, &v);
+  QRN_getmaxnumcone(t, &k);
+  QRN_getmaxnumanz64(t, &anz);
+  QRN_getmaxnumqnz64(t, &qnz);
+  CHECK_EQ(std::make_tuple(c, v, k, anz, qnz), std::make_tuple(big, big, big, qrn_int64{big}, qrn_int64{big}));
+  // Validation is unchanged: negative, or below what the task holds.
+  CHECK_EQ(QRN_putmaxnumcon(t, -1), QRN_RES_ERR_NEGATIVE_COUNT);
+  CHECK_EQ(QRN_putmaxnumvar(t, 2), QRN_RES_ERR_MAX_CAPACITY);
+  CHECK_EQ(QRN_putmaxnumanz(t, 0), QRN_RES_ERR_MAX_CAPACITY);
+  // The task still grows past what it holds.
+  CHECK_EQ(QRN_appendvars(t, 1000), QRN_RES_OK);
+  CHECK_EQ(QRN_putaij(t, 1, 1002, 5), QRN_RES_OK);
+  same(t, Dense{{{0, 0}, 1}, {{1, 1002}, 5}}, 2, 1003);
+}
+
+TEST(storage_single_quadratic_terms_in_bulk) {
+  const int n = 300;
+  Fixture f(1, n);
+  qrn_task_t t = f.task;
+  std::map<std::pair<int, int>, double> ref;
+  std::mt19937 rng(3);
+  for (int k = 0; k < 5000; ++k) {
+    int i = static_cast<int>(rng() % n), j = static_cast<int>(rng() % n);
+    if (j > i) std::swap(i, j);
+    double v = rng() % 4 == 0 ? 0.0 : static_cast<double>(rng() % 7) + 1;
+    CHECK_EQ(QRN_putqobjij(t, i, j, v), QRN_RES_OK);
+    if (v == 0) ref.erase({i, j});
+    else ref[{i, j}] = v;
+    if (k % 997 == 0) {
+      double got = -1;
+      CHECK_EQ(QRN_getqobjij(t, j, i, &got), QRN_RES_OK);
+      CHECK_EQ(got, v);
+    }
+  }
+  qrn_int64 num = -1;
+  CHECK_EQ(QRN_getnumqobjnz64(t, &num), QRN_RES_OK);
+  CHECK_EQ(num, static_cast<qrn_int64>(ref.size()));
+  std::vector<qrn_int32> qi(num), qj(num);
+  std::vector<double> qv(num);
+  CHECK_EQ(QRN_getqobj64(t, num, &num, qi.data(), qj.data(), qv.data()), QRN_RES_OK);
+  std::vector<std::tuple<int, int, double>> got, want;
+  for (qrn_int64 k = 0; k < num; ++k) got.emplace_back(qi[k], qj[k], qv[k]);
+  for (auto &[ij, v] : ref) want.emplace_back(ij.first, ij.second, v);
+  CHECK_EQ(got, want);
+  // Removing a variable drops its terms and renumbers the others.
+  const qrn_int32 gone[] = {10};
+  CHECK_EQ(QRN_removevars(t, 1, gone), QRN_RES_OK);
+  CHECK_EQ(QRN_getnumqobjnz64(t, &num), QRN_RES_OK);
+  qrn_int64 left = 0;
+  for (auto &[ij, v] : ref) left += ij.first != 10 && ij.second != 10;
+  CHECK_EQ(num, left);
+}
+
+TEST(storage_concurrent_readers_rebuild_the_row_index_once) {
+  const int m = 500, n = 800;
+  Fixture f(m, n);
+  qrn_task_t t = f.task;
+  std::vector<qrn_int64> pb(n), pe(n);
+  std::vector<qrn_int32> sub;
+  std::vector<double> val;
+  for (int j = 0; j < n; ++j) {
+    pb[j] = static_cast<qrn_int64>(sub.size());
+    for (int i = j % 5; i < m; i += 37) sub.push_back(i), val.push_back(j + 1);
+    pe[j] = static_cast<qrn_int64>(sub.size());
+  }
+  for (int round = 0; round < 5; ++round) {
+    CHECK_EQ(QRN_putacolslice64(t, 0, n, pb.data(), pe.data(), sub.data(), val.data()), QRN_RES_OK);
+    std::vector<qrn_int32> counts(4, -1);
+    std::vector<std::thread> readers;
+    for (int r = 0; r < 4; ++r)
+      readers.emplace_back([&, r] {
+        std::vector<qrn_int32> s(n);
+        std::vector<double> v(n);
+        QRN_getarow(t, 37 * r + round, &counts[r], s.data(), v.data());
+      });
+    for (auto &th : readers) th.join();
+    for (int r = 0; r < 4; ++r) {
+      qrn_int32 want = 0;
+      for (int j = 0; j < n; ++j) want += (37 * r + round - j % 5) >= 0 && (37 * r + round - j % 5) % 37 == 0;
+      CHECK_EQ(counts[r], want);
+    }
+  }
+}
