@@ -125,8 +125,6 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumacc(qrn_task_t task, qrn_int64 maxnuma
   return api(task, "QRN_putmaxnumacc", [&](Task &t) {
     need_capacity(maxnumacc, static_cast<qrn_int64>(t.conic.accs.size()), "The ACC capacity");
     t.conic.maxnumacc = maxnumacc;
-    t.conic.accs.reserve(maxnumacc);
-    t.conic.accstart.reserve(maxnumacc + 1);
   });
 }
 

@@ -284,8 +284,6 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumafe(qrn_task_t task, qrn_int64 maxnuma
   return api(task, "QRN_putmaxnumafe", [&](Task &t) {
     need_capacity(maxnumafe, static_cast<qrn_int64>(t.conic.afe.rows.size()), "The affine expression capacity");
     t.conic.afe.maxnum = maxnumafe;
-    t.conic.afe.rows.reserve(maxnumafe);
-    t.conic.afe.g.reserve(maxnumafe);
   });
 }
 

@@ -24,12 +24,9 @@ const Kind djc_kind{&Task::djcnames, [](const Task &t, qrn_int64 k, const char *
 const Kind barvar_kind{&Task::barvarnames, [](const Task &t, qrn_int64 k, const char *w) { check_barvar(t, k, w); },
                        "semidefinite variable", "Semidefinite variable index"};
 
-// Tables follow their items' counts lazily, so a name can be set on any item.
-NameTable &table(Task &t, const Kind &kind, size_t n) {
-  NameTable &tab = t.*kind.table;
-  if (tab.names.size() < n) tab.resize(n);
-  return tab;
-}
+// A table holds names only up to the last named item (NameTable::name reads
+// the rest as unnamed); assign_names grows it.
+NameTable &table(Task &t, const Kind &kind, size_t) { return t.*kind.table; }
 
 size_t count(const Task &t, const Kind &kind) {
   if (&kind == &dom_kind) return t.conic.domains.size();
@@ -49,14 +46,14 @@ qrn_rescode put_name(qrn_task_t task, const char *fn, const Kind &kind, qrn_int6
 qrn_rescode name_len(qrn_task_t task, const char *fn, const Kind &kind, qrn_int64 idx, qrn_int32 *len) {
   return api(task, fn, [&](Task &t) {
     kind.check(t, idx, kind.index);
-    put(len, static_cast<qrn_int32>(table(t, kind, count(t, kind)).names[idx].size()));
+    put(len, static_cast<qrn_int32>(table(t, kind, count(t, kind)).name(idx).size()));
   });
 }
 
 qrn_rescode get_name(qrn_task_t task, const char *fn, const Kind &kind, qrn_int64 idx, qrn_int32 size, char *name) {
   return api(task, fn, [&](Task &t) {
     kind.check(t, idx, kind.index);
-    copy_name(table(t, kind, count(t, kind)).names[idx], size, name);
+    copy_name(table(t, kind, count(t, kind)).name(idx), size, name);
   });
 }
 
@@ -68,7 +65,7 @@ qrn_rescode generate(qrn_task_t task, const char *fn, const Kind &kind, qrn_int6
     need_count(num, "The number of items");
     need_array(sub, num, "sub");
     NameTable &tab = table(t, kind, count(t, kind));
-    std::vector<bool> seen(tab.names.size(), false);
+    std::vector<bool> seen(count(t, kind), false);
     for (qrn_int64 k = 0; k < num; ++k) {
       kind.check(t, sub[k], kind.index);
       if (sub[k] > INT32_MAX) fail(QRN_RES_ERR_ARGUMENT, "Items beyond index 2^31-1 cannot be named.");

@@ -74,7 +74,6 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumdjc(qrn_task_t task, qrn_int64 maxnumd
   return api(task, "QRN_putmaxnumdjc", [&](Task &t) {
     need_capacity(maxnumdjc, static_cast<qrn_int64>(t.conic.djcs.size()), "The DJC capacity");
     t.conic.maxnumdjc = maxnumdjc;
-    t.conic.djcs.reserve(maxnumdjc);
   });
 }
 

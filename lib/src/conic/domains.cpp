@@ -265,7 +265,6 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumdomain(qrn_task_t task, qrn_int64 maxn
   return api(task, "QRN_putmaxnumdomain", [&](Task &t) {
     need_capacity(maxnumdomain, static_cast<qrn_int64>(t.conic.domains.size()), "The domain capacity");
     t.conic.maxnumdomain = maxnumdomain;
-    t.conic.domains.reserve(maxnumdomain);
   });
 }
 

@@ -248,7 +248,6 @@ QRN_API qrn_rescode QRN_CALL QRN_putmaxnumbarvar(qrn_task_t task, qrn_int32 maxn
   return api(task, "QRN_putmaxnumbarvar", [&](Task &t) {
     need_capacity(maxnumbarvar, static_cast<qrn_int64>(t.sdp.dim.size()), "The semidefinite variable capacity");
     t.sdp.maxnumbarvar = maxnumbarvar;
-    t.sdp.dim.reserve(maxnumbarvar);
   });
 }
 
