@@ -113,7 +113,30 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.") \
   X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")        \
   X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")               \
-  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")
+  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")          \
+  /* optimizer: termination codes (the payload of QRN_optimizetrm), then errors */                \
+  X(QRN_RES_TRM_MAX_ITERATIONS, 2050, "The optimizer stopped at its iteration limit.")           \
+  X(QRN_RES_TRM_MAX_TIME, 2051, "The optimizer stopped at its time limit.")                       \
+  X(QRN_RES_TRM_MIP_GAP, 2052, "The mixed-integer search stopped: the gap tolerance was met.")    \
+  X(QRN_RES_TRM_MAX_NODES, 2053, "The mixed-integer search stopped at its node limit.")           \
+  X(QRN_RES_TRM_MAX_SOLUTIONS, 2054, "The mixed-integer search stopped at its solution limit.")   \
+  X(QRN_RES_TRM_USER_CALLBACK, 2055, "The optimizer stopped because the callback asked it to.")   \
+  X(QRN_RES_TRM_NUMERICAL_PROBLEM, 2056, "The optimizer stopped after numerical trouble.")        \
+  X(QRN_RES_ERR_OPT_QCON, 2100, "Quadratic constraints are not supported by the optimizers.")     \
+  X(QRN_RES_ERR_OPT_CONES, 2101, "Cones are not supported by the optimizers.")                    \
+  X(QRN_RES_ERR_OPT_MIQP, 2102, "Integer variables with a quadratic objective are not supported.") \
+  X(QRN_RES_ERR_OPT_COMBINATION, 2103, "The chosen algorithm cannot solve this kind of problem.") \
+  X(QRN_RES_ERR_OPT_SOLVER, 2104, "The underlying solver failed.")                                \
+  X(QRN_RES_ERR_OPT_NONCONVEX, 2105, "The quadratic objective is not convex (concave when maximizing).") \
+  X(QRN_RES_ERR_NO_BASIS, 2110, "The task has no basic solution with a complete basis.")          \
+  X(QRN_RES_ERR_BASIS_SINGULAR, 2111, "The basis matrix is singular.")                            \
+  X(QRN_RES_ERR_BASIS_NOT_INIT, 2112, "No basis factorization: call QRN_initbasissolve first.")   \
+  X(QRN_RES_ERR_MARK, 2113, "A mark is not QRN_MARK_LO or QRN_MARK_UP.")                          \
+  X(QRN_RES_ERR_SOL_ID, 2114, "The solution identifier is not one of the library's.")             \
+  X(QRN_RES_ERR_NO_CERTIFICATE, 2115, "The solution holds no primal infeasibility certificate.")   \
+  X(QRN_RES_ERR_NOT_INFEASIBLE, 2116, "The problem is feasible: there is no infeasible subproblem.") \
+  X(QRN_RES_ERR_REPAIR_WEIGHT, 2117, "A repair weight is NaN.")                                   \
+  X(QRN_RES_ERR_REPAIR_FAILED, 2118, "The relaxed problem could not be made feasible.")
 
 enum qrn_rescode_e {
 #define QRN_X_ENUM(name, value, text) name = value,
@@ -149,7 +172,24 @@ enum qrn_callback_e {
   QRN_CALLBACK_ITERATION = 1,
   QRN_CALLBACK_END = 2,
   QRN_CALLBACK_BEGIN_WRITE = 3,
-  QRN_CALLBACK_END_WRITE = 4
+  QRN_CALLBACK_END_WRITE = 4,
+  /* The optimizer (QRN_optimizetrm and the analyses that optimize): BEGIN and
+     END enclose every run; each phase has its own pair; ITERATION codes come at
+     most every QRN_DPAR_CALLBACK_INTERVAL seconds. */
+  QRN_CALLBACK_BEGIN_SIMPLEX = 20,
+  QRN_CALLBACK_SIMPLEX_ITERATION = 21,
+  QRN_CALLBACK_END_SIMPLEX = 22,
+  QRN_CALLBACK_BEGIN_BARRIER = 23,
+  QRN_CALLBACK_BARRIER_ITERATION = 24,
+  QRN_CALLBACK_END_BARRIER = 25,
+  QRN_CALLBACK_BEGIN_CROSSOVER = 26,
+  QRN_CALLBACK_END_CROSSOVER = 27,
+  QRN_CALLBACK_BEGIN_MIP = 28,
+  QRN_CALLBACK_MIP_NODE = 29,         /* a processed node (at most every interval) */
+  QRN_CALLBACK_NEW_INT_SOLUTION = 30, /* a better integer solution was found */
+  QRN_CALLBACK_END_MIP = 31,
+  QRN_CALLBACK_BEGIN_REPAIR = 32,
+  QRN_CALLBACK_END_REPAIR = 33
 };
 
 /* ---- bound keys ----------------------------------------------------------
@@ -269,8 +309,11 @@ enum qrn_nametype_e {
 
 /* Values of integer parameters. */
 enum qrn_onoff_e { QRN_OFF = 0, QRN_ON = 1 };
+/* AUTO picks by problem type (see QRN_optimizetrm); MIXED_INT runs the
+   mixed-integer optimizer even on a problem without integer variables. */
 enum qrn_algorithm_e { QRN_ALGORITHM_AUTO = 0, QRN_ALGORITHM_IPM = 1,
-  QRN_ALGORITHM_PRIMAL_SIMPLEX = 2, QRN_ALGORITHM_DUAL_SIMPLEX = 3, QRN_ALGORITHM_ANY_SIMPLEX = 4 };
+  QRN_ALGORITHM_PRIMAL_SIMPLEX = 2, QRN_ALGORITHM_DUAL_SIMPLEX = 3, QRN_ALGORITHM_ANY_SIMPLEX = 4,
+  QRN_ALGORITHM_MIXED_INT = 5 };
 enum qrn_scaling_e { QRN_SCALING_AUTO = 0, QRN_SCALING_NONE = 1, QRN_SCALING_GEOMETRIC = 2,
   QRN_SCALING_EQUILIBRATE = 3 };
 enum qrn_ordering_e { QRN_ORDERING_AUTO = 0, QRN_ORDERING_MIN_DEGREE = 1,
@@ -1140,6 +1183,127 @@ QRN_API qrn_rescode QRN_CALL QRN_strtoconetype(qrn_task_t task, const char *str,
 QRN_API qrn_rescode QRN_CALL QRN_strtosk(qrn_task_t task, const char *str, qrn_int32 *sk);
 /* Sets every parameter to its default. */
 QRN_API qrn_rescode QRN_CALL QRN_setdefaults(qrn_task_t task);
+
+
+/* ======================================================================= */
+/* Optimization, analysis and repair                                       */
+/* ======================================================================= */
+/* Optimizers (docs/optimizers.md has the details and the sign conventions).
+   QRN_optimizetrm solves the task's problem and stores what it finds as the
+   task's solutions; every solution of the task is first made undefined, then
+   the optimizer defines those it produces:
+     - linear problem: dual simplex by default (QRN_IPAR_ALGORITHM AUTO or
+       ANY_SIMPLEX), primal simplex, or the interior-point method (IPM): the
+       simplex methods give the basic solution (QRN_SOL_BAS); IPM gives the
+       interior solution (QRN_SOL_ITR) and, with QRN_IPAR_CROSSOVER on, the
+       basic one too;
+     - convex quadratic objective: IPM (AUTO or IPM), interior solution only;
+       the simplex choices are refused (QRN_RES_ERR_OPT_COMBINATION);
+     - integer variables, or QRN_ALGORITHM_MIXED_INT: the mixed-integer
+       optimizer (branch and cut; relaxations by simplex), integer solution
+       (QRN_SOL_ITG); with IPM it is refused (QRN_RES_ERR_OPT_COMBINATION).
+   Refused before anything runs, leaving the task as it was: quadratic
+   constraint terms (QRN_RES_ERR_OPT_QCON), cones (QRN_RES_ERR_OPT_CONES),
+   integer variables with a quadratic objective (QRN_RES_ERR_OPT_MIQP).
+   Dual values follow one identity for both senses:
+       c + Q xx - A' y - slx + sux = 0,   y = slc - suc,
+   with slc, suc, slx, sux >= 0 when minimizing and <= 0 when maximizing; the
+   dual objective is lc'slc - uc'suc + lx'slx - ux'sux + cfix (- 1/2 xx'Q xx).
+   An infeasible problem gets the status pair (QRN_PRO_STA_PRIM_INFEAS,
+   QRN_SOL_STA_PRIM_INFEAS_CER) and a Farkas certificate in y, slc, suc, slx,
+   sux (the identity with c = 0 and Q = 0, and a dual objective > 0 when
+   minimizing, < 0 when maximizing; xx and xc are 0). An unbounded one gets
+   (QRN_PRO_STA_DUAL_INFEAS, QRN_SOL_STA_DUAL_INFEAS_CER): xx is a ray d with
+   A d in the recession cone of the constraint bounds, d in that of the
+   variable bounds, Q d = 0 and c'd < 0 (> 0 when maximizing), xc = A d.
+   Every status a solver reports is checked against the vectors before it is
+   stored.
+   *trmcode receives QRN_RES_OK when the run ended normally, or one of the
+   QRN_RES_TRM_... codes; the response code is not 0 only when the run could
+   not be made (a refused problem or parameter combination, a solver failure).
+   While it runs, the callback receives the QRN_CALLBACK_... optimizer codes
+   with the information items filled with live values; a non-zero answer
+   stops the run (QRN_RES_TRM_USER_CALLBACK), the solutions then hold the last
+   iterate with unknown statuses (for the mixed-integer optimizer: the best
+   integer solution found, if any). The log stream receives a header, the
+   iteration lines and a summary (nothing at QRN_IPAR_LOG_LEVEL 0). */
+QRN_API qrn_rescode QRN_CALL QRN_optimizetrm(qrn_task_t task, qrn_int32 *trmcode);
+
+/* Nothing is buffered: accepted for compatibility, it only checks the task. */
+QRN_API qrn_rescode QRN_CALL QRN_commitchanges(qrn_task_t task);
+/* Sets the five capacities at once; refused (QRN_RES_ERR_MAX_CAPACITY,
+   QRN_RES_ERR_NEGATIVE_COUNT) without changing any when one is below what
+   the task holds. */
+QRN_API qrn_rescode QRN_CALL QRN_resizetask(qrn_task_t task, qrn_int32 maxnumcon, qrn_int32 maxnumvar,
+                                            qrn_int32 maxnumcone, qrn_int64 maxnumanz, qrn_int64 maxnumqnz);
+
+/* Basis services, on the basis of the task's basic solution (QRN_SOL_BAS):
+   exactly numcon items with status key QRN_SK_BASIS, else QRN_RES_ERR_NO_BASIS.
+   Items are numbered slacks first: i < numcon is constraint i, numcon + j is
+   variable j. The basis matrix B (numcon x numcon) has, for basic position k,
+   the column of item basis[k] in [-I A], i.e. of the system A xx - xc = 0:
+   -e_i for constraint i, column j of A for variable j.
+   initbasissolve writes basis[0..numcon) and factors B (QRN_RES_ERR_BASIS_SINGULAR
+   when it is singular); the factor stays with the task until its data or basis
+   change. solvewithbasis (after initbasissolve, else QRN_RES_ERR_BASIS_NOT_INIT)
+   solves B x = b (transp 0) or B' x = b (transp != 0) in place: on entry
+   sub[0..numnz) lists the positions of the non-zeros of b and val holds b as a
+   dense vector of numcon entries (only listed positions are read); on return
+   sub[0..*numnzout) lists the non-zeros of x, val holds x densely, and every
+   other entry of val is 0. basiscond writes ||B||_1 and an estimate of
+   ||B^-1||_1 (Hager's method); their product estimates the condition number. */
+QRN_API qrn_rescode QRN_CALL QRN_initbasissolve(qrn_task_t task, qrn_int32 *basis);
+QRN_API qrn_rescode QRN_CALL QRN_solvewithbasis(qrn_task_t task, qrn_int32 transp, qrn_int32 numnz,
+                                                qrn_int32 *sub, qrn_real *val, qrn_int32 *numnzout);
+QRN_API qrn_rescode QRN_CALL QRN_basiscond(qrn_task_t task, qrn_real *nrmbasis, qrn_real *nrminvbasis);
+
+/* Sensitivity analysis of an optimal basic solution of a linear problem
+   (QRN_RES_ERR_NO_BASIS without one). marki/markj say which bound of item
+   subi[k]/subj[k] is analysed. For a bound: the shadow prices are the rates
+   of change of the optimal objective when the bound is decreased (left) or
+   increased (right); the ranges are how far (>= 0, QRN_INFINITY-free +inf
+   when unlimited) it can be decreased or increased while the optimal basis
+   stays optimal (primal feasible). dualsensitivity does the same for the
+   objective coefficients c_j: prices are the rates of change of the optimal
+   objective (the value of x_j), ranges how far c_j can move down or up with
+   the basis staying optimal. A fixed item's two bounds move together. */
+enum qrn_mark_e { QRN_MARK_LO = 0, QRN_MARK_UP = 1 };
+QRN_API qrn_rescode QRN_CALL QRN_primalsensitivity(qrn_task_t task, qrn_int32 numi, const qrn_int32 *subi,
+                                                   const qrn_int32 *marki, qrn_int32 numj,
+                                                   const qrn_int32 *subj, const qrn_int32 *markj,
+                                                   qrn_real *leftpricei, qrn_real *rightpricei,
+                                                   qrn_real *leftrangei, qrn_real *rightrangei,
+                                                   qrn_real *leftpricej, qrn_real *rightpricej,
+                                                   qrn_real *leftrangej, qrn_real *rightrangej);
+QRN_API qrn_rescode QRN_CALL QRN_dualsensitivity(qrn_task_t task, qrn_int32 numj, const qrn_int32 *subj,
+                                                 qrn_real *leftpricej, qrn_real *rightpricej,
+                                                 qrn_real *leftrangej, qrn_real *rightrangej);
+
+/* Feasibility repair. Phase 1 finds the least weighted relaxation of the
+   bounds: minimize sum wlc_i vlc_i + wuc_i vuc_i + wlx_j vlx_j + wux_j vux_j
+   over lc - vlc <= A x <= uc + vuc, lx - vlx <= x <= ux + vux, v >= 0 (an
+   elastic problem; a null weight array means QRN_DPAR_REPAIR_WEIGHT for every
+   item; a negative weight keeps that bound hard; NaN is refused). Phase 2
+   optimizes the task's own objective over the repaired bounds. What is left in
+   the task: its bounds are the repaired ones (each relaxed side moved by its
+   v), its solutions those of phase 2, and the information items
+   QRN_DINF_REPAIR_PENALTY, QRN_DINF_REPAIR_OBJ, QRN_IINF_REPAIR_RELAXED_CONS
+   and QRN_IINF_REPAIR_RELAXED_VARS. When no relaxation helps (only hard
+   bounds conflict) it fails with QRN_RES_ERR_REPAIR_FAILED and changes nothing. */
+QRN_API qrn_rescode QRN_CALL QRN_primalrepair(qrn_task_t task, const qrn_real *wlc, const qrn_real *wuc,
+                                              const qrn_real *wlx, const qrn_real *wux);
+
+/* An irreducible infeasible subset of the constraints and bounds, started from
+   the Farkas certificate held by solution whichsol (QRN_RES_ERR_NO_CERTIFICATE
+   when its status is not QRN_SOL_STA_PRIM_INFEAS_CER) and reduced by a
+   deletion filter. *inftask receives a new task in the same environment with
+   every constraint and variable of the original (same order and names, so
+   that indexes match) and the linear data, but only the bounds in the set:
+   every other bound is made infinite (the kept sides keep their values), and
+   the objective is zero. Dropping any kept bound makes the new problem
+   feasible. The caller deletes the new task. */
+QRN_API qrn_rescode QRN_CALL QRN_getinfeasiblesubproblem(qrn_task_t task, qrn_int32 whichsol,
+                                                         qrn_task_t *inftask);
 
 #ifdef __cplusplus
 }

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -87,6 +88,8 @@ struct Solution {
   std::vector<double> doty;
 };
 
+struct BasisFactor;  // analysis/basis.hpp
+
 struct Params {
   std::vector<double> dou;
   std::vector<qrn_int32> integer;
@@ -160,6 +163,8 @@ struct Task {
   Info info;
 
   std::array<Solution, QRN_SOL_COUNT> sol;
+  // The factor made by QRN_initbasissolve (shared by copies: never changed).
+  std::shared_ptr<const BasisFactor> basis_factor;
 
   void write(int which, const std::string &text) const;
   // Calls the registered callback with the task's information items; true
