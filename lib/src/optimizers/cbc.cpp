@@ -149,6 +149,8 @@ MipResult solve_mip(const Problem &p, Run &run) {
   CglKnapsackCover knapsack;
   CglMixedIntegerRounding2 mir;
   CglClique clique;
+  clique.setStarCliqueReport(false);
+  clique.setRowCliqueReport(false);
   CglFlowCover flow;
   if (ip[QRN_IPAR_MIP_CUTS] == QRN_ON && p.numint > 0) {
     if (ip[QRN_IPAR_MIP_PROBING_LEVEL] > 0) model.addCutGenerator(&probing, -1, "Probing");
