@@ -258,6 +258,8 @@ LpResult barrier(const Problem &p, Run &run, LpResult *crossed) {
   if (crossed != nullptr && r.status != LpResult::stopped) {
     if (run.callback(QRN_CALLBACK_BEGIN_CROSSOVER)) return r;
     const double t0 = run.elapsed();
+    run.log("Crossover");
+    run.log(format("%8s %17s %14s %14s %8s", "ITER", "OBJECTIVE", "PRIMAL INF", "DUAL INF", "TIME"));
     SimplexEvents events(&run);
     model->passInEventHandler(&events);
     model->setMaximumIterations(run.task.par.integer[QRN_IPAR_SIMPLEX_MAX_ITER]);
