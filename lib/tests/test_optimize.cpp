@@ -153,6 +153,35 @@ TEST(optimizer_convex_qp_against_hand_solution) {
   }
 }
 
+TEST(optimizer_infeasible_and_unbounded_qp_get_certificates) {
+  {  // x + y >= 5, x + y <= 3 with min x^2 + y^2
+    Fixture f;
+    const Lp lp = infeasible_lp();
+    load(f.task, lp);
+    const qrn_int32 qi[] = {0, 1};
+    const double qv[] = {2, 2};
+    CHECK_EQ(QRN_putqobj(f.task, 2, qi, qi, qv), QRN_RES_OK);
+    CHECK_EQ(optimize(f.task), QRN_RES_OK);
+    const auto &s = sol(f.task, QRN_SOL_ITR);
+    CHECK_EQ(s.solsta, QRN_SOL_STA_PRIM_INFEAS_CER);
+    CHECK(dual_value(lp, s) > 1e-6);
+  }
+  {  // min -x + y^2, y - x <= 1 over x, y >= 0: d = (1, 0) with Q d = 0
+    Fixture f;
+    Lp lp = unbounded_lp();
+    lp.a = {{-1, 1}};
+    lp.c = {-1, 0};
+    load(f.task, lp);
+    const qrn_int32 qi[] = {1};
+    const double qv[] = {2};
+    CHECK_EQ(QRN_putqobj(f.task, 1, qi, qi, qv), QRN_RES_OK);
+    CHECK_EQ(optimize(f.task), QRN_RES_OK);
+    const auto &s = sol(f.task, QRN_SOL_ITR);
+    CHECK_EQ(s.solsta, QRN_SOL_STA_DUAL_INFEAS_CER);
+    CHECK(s.xx[0] > 0 && std::fabs(s.xx[1]) < 1e-9);
+  }
+}
+
 TEST(optimizer_refusals_leave_the_task_as_it_was) {
   Fixture f;
   load(f.task, small_lp());
@@ -340,6 +369,16 @@ TEST(optimizer_limits_end_the_run_with_their_termination_code) {
   set_int(g.task, QRN_IPAR_SIMPLEX_MAX_ITER, 0);
   CHECK_EQ(optimize(g.task), QRN_RES_TRM_MAX_ITERATIONS);
   CHECK_EQ(sol(g.task, QRN_SOL_BAS).solsta, QRN_SOL_STA_UNKNOWN);
+  // a time limit of 0 s: every optimizer stops at its first chance
+  set_int(g.task, QRN_IPAR_SIMPLEX_MAX_ITER, 1000);
+  CHECK_EQ(QRN_putdouparam(g.task, QRN_DPAR_TIME_LIMIT, 0.0), QRN_RES_OK);
+  for (int alg : {QRN_ALGORITHM_DUAL_SIMPLEX, QRN_ALGORITHM_IPM}) {
+    set_int(g.task, QRN_IPAR_ALGORITHM, alg);
+    CHECK_EQ(optimize(g.task), QRN_RES_TRM_MAX_TIME);
+  }
+  CHECK_EQ(QRN_putdouparam(f.task, QRN_DPAR_MIP_TIME_LIMIT, 0.0), QRN_RES_OK);
+  set_int(f.task, QRN_IPAR_MIP_NODE_LIMIT, 1000000);
+  CHECK_EQ(optimize(f.task), QRN_RES_TRM_MAX_TIME);
 }
 
 TEST(optimizer_log_has_header_iterations_summary_and_is_silent_at_level_0) {
