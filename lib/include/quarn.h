@@ -69,85 +69,104 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
  * One table: symbolic name, value, one-line description.
  * QRN_getcodedesc serves these texts. */
 #define QRN_RESPONSE_CODES(X)                                                                       \
-  X(QRN_RES_OK, 0, "No error occurred.")                                                          \
-  X(QRN_RES_WRN_NAME_MAX_LEN, 100, "A name is longer than the recommended maximum length.")          \
-  X(QRN_RES_WRN_NO_NAME, 101, "No item has the requested name.")                                  \
-  X(QRN_RES_ERR_NULL_ENV, 1000, "The environment handle is null.")                                \
-  X(QRN_RES_ERR_NULL_TASK, 1001, "The task handle is null.")                                      \
-  X(QRN_RES_ERR_NULL_POINTER, 1002, "An array argument is null although its count is not zero.")  \
-  X(QRN_RES_ERR_SPACE, 1003, "The library could not allocate memory.")                            \
-  X(QRN_RES_ERR_INTERNAL, 1004, "An internal error occurred in the library.")                     \
-  X(QRN_RES_ERR_ARGUMENT, 1005, "An argument has an invalid value.")                              \
-  X(QRN_RES_ERR_TOO_SMALL, 1006, "An output capacity or buffer is too small for the data.")       \
-  X(QRN_RES_ERR_STREAM, 1007, "The stream number is not one of the four library streams.")        \
-  X(QRN_RES_ERR_FILE_OPEN, 1008, "A file could not be opened.")                                   \
-  X(QRN_RES_ERR_WRITE, 1009, "Writing data failed or the receiver took fewer bytes than given.")   \
-  X(QRN_RES_ERR_DATA_FORMAT, 1010, "The data format is not known or not supported here.")         \
-  X(QRN_RES_ERR_COMPRESSION, 1011, "The compression type is not known or not supported here.")    \
-  X(QRN_RES_ERR_STOPPED, 1012, "The callback function asked the library to stop.")                  \
-  X(QRN_RES_ERR_INDEX_CON, 1100, "A constraint index is out of range.")                           \
-  X(QRN_RES_ERR_INDEX_VAR, 1101, "A variable index is out of range.")                             \
-  X(QRN_RES_ERR_INDEX_CONE, 1102, "A cone index is out of range.")                                \
-  X(QRN_RES_ERR_SLICE, 1103, "A slice has first greater than last or lies outside the items.")    \
-  X(QRN_RES_ERR_DUP_INDEX, 1104, "An index occurs more than once in a list that must not repeat.") \
-  X(QRN_RES_ERR_NEGATIVE_COUNT, 1105, "A count or capacity is negative.")                         \
-  X(QRN_RES_ERR_PTR_RANGE, 1106, "A pointer pair has ptrb greater than ptre or a negative entry.") \
-  X(QRN_RES_ERR_MAX_CAPACITY, 1107, "A capacity is smaller than what the task already holds.")    \
-  X(QRN_RES_ERR_VALUE_NAN, 1108, "A value is NaN or infinite where a finite value is required.")  \
-  X(QRN_RES_ERR_BOUND_KEY, 1200, "A bound key is not one of the library's bound keys.")           \
-  X(QRN_RES_ERR_BOUND_INFINITE, 1201, "A finite bound is required by the bound key but is infinite.") \
-  X(QRN_RES_ERR_OBJ_SENSE, 1202, "The objective sense is not one of the library's senses.")       \
-  X(QRN_RES_ERR_VAR_TYPE, 1203, "A variable type is not one of the library's variable types.")    \
-  X(QRN_RES_ERR_QUAD_UPPER, 1300, "A quadratic term lies in the upper triangle (column > row).")  \
-  X(QRN_RES_ERR_CONE_TYPE, 1301, "A cone type is not one of the library's cone types.")           \
-  X(QRN_RES_ERR_CONE_SIZE, 1302, "A cone has too few members for its type.")                      \
-  X(QRN_RES_ERR_CONE_OVERLAP, 1303, "A variable is a member of more than one cone.")              \
-  X(QRN_RES_ERR_CONE_REP_VAR, 1304, "A variable occurs twice among the members of one cone.")     \
-  X(QRN_RES_ERR_CONE_PARAMETER, 1305, "A cone parameter is outside its allowed range.")           \
-  X(QRN_RES_ERR_NAME_FORMAT, 1400, "A name format text is invalid.")                              \
-  X(QRN_RES_ERR_NAME_UTF8, 1401, "A name is not valid UTF-8.")                                    \
-  X(QRN_RES_ERR_NAME_DUPLICATE, 1402, "Another item of the same kind already has the name.")        \
-  X(QRN_RES_ERR_NAME_POSITION, 1403, "A position lies outside the shape of generated names.")       \
-  X(QRN_RES_ERR_PARAM_INDEX, 1500, "A parameter identifier is out of range.")                     \
-  X(QRN_RES_ERR_PARAM_NAME, 1501, "No parameter has the given name.")                             \
-  X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.") \
-  X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")        \
-  X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")               \
-  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")          \
-  /* conic and semidefinite data */                                                                  \
-  X(QRN_RES_ERR_INDEX_AFE, 1700, "An affine expression index is out of range.")                       \
-  X(QRN_RES_ERR_INDEX_DOMAIN, 1701, "A domain index is out of range.")                                \
-  X(QRN_RES_ERR_INDEX_ACC, 1702, "An affine conic constraint index is out of range.")                 \
-  X(QRN_RES_ERR_INDEX_DJC, 1703, "A disjunctive constraint index is out of range.")                   \
-  X(QRN_RES_ERR_INDEX_BARVAR, 1704, "A semidefinite variable index is out of range.")                 \
-  X(QRN_RES_ERR_INDEX_SYMMAT, 1705, "A symmetric matrix index is out of range.")                      \
-  X(QRN_RES_ERR_DOMAIN_DIMENSION, 1706, "The dimension is not allowed for the domain type.")          \
-  X(QRN_RES_ERR_DOMAIN_POWER_WEIGHTS, 1707, "Power cone weights are not positive and finite, or too many.") \
-  X(QRN_RES_ERR_DOMAIN_NOT_POWER, 1708, "The domain is not a power cone.")                            \
-  X(QRN_RES_ERR_ACC_SIZE, 1709, "The number of affine expressions differs from the domains' dimensions.") \
-  X(QRN_RES_ERR_DJC_TERMS, 1710, "The term sizes of a disjunctive constraint do not partition its domains.") \
-  X(QRN_RES_ERR_SYMMAT_UPPER, 1711, "A symmetric matrix entry lies in the upper triangle (column > row).") \
-  X(QRN_RES_ERR_SYMMAT_RANGE, 1712, "A symmetric matrix entry lies outside the matrix dimension.")    \
-  X(QRN_RES_ERR_SYMMAT_REPEATED, 1713, "A symmetric matrix entry is given twice.")                    \
-  X(QRN_RES_ERR_SYMMAT_DIM, 1714, "A matrix dimension differs from that of its semidefinite variable.") \
-  X(QRN_RES_ERR_BARVAR_DIM, 1715, "A semidefinite variable dimension is not positive.")               \
-  X(QRN_RES_ERR_BAR_POSITION, 1716, "The position names no non-zero semidefinite coefficient.")      \
-  X(QRN_RES_ERR_EIGEN, 1719, "An eigenvalue computation did not converge.") \
-  X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.") \
-  X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                      \
-  X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")   \
-  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.") \
-  /* environment services: linear algebra and code descriptions */                              \
-  X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.") \
-  X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.") \
-  X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")   \
-  X(QRN_RES_ERR_LA_NOT_POSDEF, 2203, "The matrix is not positive definite.")                     \
-  X(QRN_RES_ERR_LA_NO_CONVERGENCE, 2204, "The eigenvalue computation did not converge.")         \
-  X(QRN_RES_ERR_LA_ROW_INDEX, 2205, "A row index of a sparse matrix lies outside 0..n-1.")        \
+  X(QRN_RES_OK, 0, "No error occurred.")                                                                           \
+  X(QRN_RES_WRN_NAME_MAX_LEN, 100, "A name is longer than the recommended maximum length.")                        \
+  X(QRN_RES_WRN_NO_NAME, 101, "No item has the requested name.")                                                   \
+  X(QRN_RES_ERR_NULL_ENV, 1000, "The environment handle is null.")                                                 \
+  X(QRN_RES_ERR_NULL_TASK, 1001, "The task handle is null.")                                                       \
+  X(QRN_RES_ERR_NULL_POINTER, 1002, "An array argument is null although its count is not zero.")                   \
+  X(QRN_RES_ERR_SPACE, 1003, "The library could not allocate memory.")                                             \
+  X(QRN_RES_ERR_INTERNAL, 1004, "An internal error occurred in the library.")                                      \
+  X(QRN_RES_ERR_ARGUMENT, 1005, "An argument has an invalid value.")                                               \
+  X(QRN_RES_ERR_TOO_SMALL, 1006, "An output capacity or buffer is too small for the data.")                        \
+  X(QRN_RES_ERR_STREAM, 1007, "The stream number is not one of the four library streams.")                         \
+  X(QRN_RES_ERR_FILE_OPEN, 1008, "A file could not be opened.")                                                    \
+  X(QRN_RES_ERR_WRITE, 1009, "Writing data failed or the receiver took fewer bytes than given.")                   \
+  X(QRN_RES_ERR_DATA_FORMAT, 1010, "The data format is not known or not supported here.")                          \
+  X(QRN_RES_ERR_COMPRESSION, 1011, "The compression type is not known or not supported here.")                     \
+  X(QRN_RES_ERR_STOPPED, 1012, "The callback function asked the library to stop.")                                 \
+  X(QRN_RES_ERR_INDEX_CON, 1100, "A constraint index is out of range.")                                            \
+  X(QRN_RES_ERR_INDEX_VAR, 1101, "A variable index is out of range.")                                              \
+  X(QRN_RES_ERR_INDEX_CONE, 1102, "A cone index is out of range.")                                                 \
+  X(QRN_RES_ERR_SLICE, 1103, "A slice has first greater than last or lies outside the items.")                     \
+  X(QRN_RES_ERR_DUP_INDEX, 1104, "An index occurs more than once in a list that must not repeat.")                 \
+  X(QRN_RES_ERR_NEGATIVE_COUNT, 1105, "A count or capacity is negative.")                                          \
+  X(QRN_RES_ERR_PTR_RANGE, 1106, "A pointer pair has ptrb greater than ptre or a negative entry.")                 \
+  X(QRN_RES_ERR_MAX_CAPACITY, 1107, "A capacity is smaller than what the task already holds.")                     \
+  X(QRN_RES_ERR_VALUE_NAN, 1108, "A value is NaN or infinite where a finite value is required.")                   \
+  X(QRN_RES_ERR_BOUND_KEY, 1200, "A bound key is not one of the library's bound keys.")                            \
+  X(QRN_RES_ERR_BOUND_INFINITE, 1201, "A finite bound is required by the bound key but is infinite.")              \
+  X(QRN_RES_ERR_OBJ_SENSE, 1202, "The objective sense is not one of the library's senses.")                        \
+  X(QRN_RES_ERR_VAR_TYPE, 1203, "A variable type is not one of the library's variable types.")                     \
+  X(QRN_RES_ERR_QUAD_UPPER, 1300, "A quadratic term lies in the upper triangle (column > row).")                   \
+  X(QRN_RES_ERR_CONE_TYPE, 1301, "A cone type is not one of the library's cone types.")                            \
+  X(QRN_RES_ERR_CONE_SIZE, 1302, "A cone has too few members for its type.")                                       \
+  X(QRN_RES_ERR_CONE_OVERLAP, 1303, "A variable is a member of more than one cone.")                               \
+  X(QRN_RES_ERR_CONE_REP_VAR, 1304, "A variable occurs twice among the members of one cone.")                      \
+  X(QRN_RES_ERR_CONE_PARAMETER, 1305, "A cone parameter is outside its allowed range.")                            \
+  X(QRN_RES_ERR_NAME_FORMAT, 1400, "A name format text is invalid.")                                               \
+  X(QRN_RES_ERR_NAME_UTF8, 1401, "A name is not valid UTF-8.")                                                     \
+  X(QRN_RES_ERR_NAME_DUPLICATE, 1402, "Another item of the same kind already has the name.")                       \
+  X(QRN_RES_ERR_NAME_POSITION, 1403, "A position lies outside the shape of generated names.")                      \
+  X(QRN_RES_ERR_PARAM_INDEX, 1500, "A parameter identifier is out of range.")                                      \
+  X(QRN_RES_ERR_PARAM_NAME, 1501, "No parameter has the given name.")                                              \
+  X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.")                  \
+  X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")                         \
+  X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")                                \
+  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")                            \
+  X(QRN_RES_ERR_INDEX_AFE, 1700, "An affine expression index is out of range.")                                    \
+  X(QRN_RES_ERR_INDEX_DOMAIN, 1701, "A domain index is out of range.")                                             \
+  X(QRN_RES_ERR_INDEX_ACC, 1702, "An affine conic constraint index is out of range.")                              \
+  X(QRN_RES_ERR_INDEX_DJC, 1703, "A disjunctive constraint index is out of range.")                                \
+  X(QRN_RES_ERR_INDEX_BARVAR, 1704, "A semidefinite variable index is out of range.")                              \
+  X(QRN_RES_ERR_INDEX_SYMMAT, 1705, "A symmetric matrix index is out of range.")                                   \
+  X(QRN_RES_ERR_DOMAIN_DIMENSION, 1706, "The dimension is not allowed for the domain type.")                       \
+  X(QRN_RES_ERR_DOMAIN_POWER_WEIGHTS, 1707, "Power cone weights are not positive and finite, or too many.")        \
+  X(QRN_RES_ERR_DOMAIN_NOT_POWER, 1708, "The domain is not a power cone.")                                         \
+  X(QRN_RES_ERR_ACC_SIZE, 1709, "The number of affine expressions differs from the domains' dimensions.")          \
+  X(QRN_RES_ERR_DJC_TERMS, 1710, "The term sizes of a disjunctive constraint do not partition its domains.")       \
+  X(QRN_RES_ERR_SYMMAT_UPPER, 1711, "A symmetric matrix entry lies in the upper triangle (column > row).")         \
+  X(QRN_RES_ERR_SYMMAT_RANGE, 1712, "A symmetric matrix entry lies outside the matrix dimension.")                 \
+  X(QRN_RES_ERR_SYMMAT_REPEATED, 1713, "A symmetric matrix entry is given twice.")                                 \
+  X(QRN_RES_ERR_SYMMAT_DIM, 1714, "A matrix dimension differs from that of its semidefinite variable.")            \
+  X(QRN_RES_ERR_BARVAR_DIM, 1715, "A semidefinite variable dimension is not positive.")                            \
+  X(QRN_RES_ERR_BAR_POSITION, 1716, "The position names no non-zero semidefinite coefficient.")                    \
+  X(QRN_RES_ERR_EIGEN, 1719, "An eigenvalue computation did not converge.")                                        \
+  X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.")   \
+  X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                                     \
+  X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")                   \
+  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.")                            \
+  X(QRN_RES_TRM_MAX_ITERATIONS, 2050, "The optimizer stopped at its iteration limit.")                             \
+  X(QRN_RES_TRM_MAX_TIME, 2051, "The optimizer stopped at its time limit.")                                        \
+  X(QRN_RES_TRM_MIP_GAP, 2052, "The mixed-integer search stopped: the gap tolerance was met.")                     \
+  X(QRN_RES_TRM_MAX_NODES, 2053, "The mixed-integer search stopped at its node limit.")                            \
+  X(QRN_RES_TRM_MAX_SOLUTIONS, 2054, "The mixed-integer search stopped at its solution limit.")                    \
+  X(QRN_RES_TRM_USER_CALLBACK, 2055, "The optimizer stopped because the callback asked it to.")                    \
+  X(QRN_RES_TRM_NUMERICAL_PROBLEM, 2056, "The optimizer stopped after numerical trouble.")                         \
+  X(QRN_RES_ERR_OPT_QCON, 2100, "Quadratic constraints are not supported by the optimizers.")                      \
+  X(QRN_RES_ERR_OPT_CONES, 2101, "Cones are not supported by the optimizers.")                                     \
+  X(QRN_RES_ERR_OPT_MIQP, 2102, "Integer variables with a quadratic objective are not supported.")                 \
+  X(QRN_RES_ERR_OPT_COMBINATION, 2103, "The chosen algorithm cannot solve this kind of problem.")                  \
+  X(QRN_RES_ERR_OPT_SOLVER, 2104, "The underlying solver failed.")                                                 \
+  X(QRN_RES_ERR_OPT_NONCONVEX, 2105, "The quadratic objective is not convex (concave when maximizing).")           \
+  X(QRN_RES_ERR_NO_BASIS, 2110, "The task has no basic solution with a complete basis.")                           \
+  X(QRN_RES_ERR_BASIS_SINGULAR, 2111, "The basis matrix is singular.")                                             \
+  X(QRN_RES_ERR_BASIS_NOT_INIT, 2112, "No basis factorization: call QRN_initbasissolve first.")                    \
+  X(QRN_RES_ERR_MARK, 2113, "A mark is not QRN_MARK_LO or QRN_MARK_UP.")                                           \
+  X(QRN_RES_ERR_NO_CERTIFICATE, 2115, "The solution holds no primal infeasibility certificate.")                   \
+  X(QRN_RES_ERR_NOT_INFEASIBLE, 2116, "The problem is feasible: there is no infeasible subproblem.")               \
+  X(QRN_RES_ERR_REPAIR_WEIGHT, 2117, "A repair weight is NaN.")                                                    \
+  X(QRN_RES_ERR_REPAIR_FAILED, 2118, "The relaxed problem could not be made feasible.")                            \
+  X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.")      \
+  X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.")         \
+  X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")                      \
+  X(QRN_RES_ERR_LA_NOT_POSDEF, 2203, "The matrix is not positive definite.")                                       \
+  X(QRN_RES_ERR_LA_NO_CONVERGENCE, 2204, "The eigenvalue computation did not converge.")                           \
+  X(QRN_RES_ERR_LA_ROW_INDEX, 2205, "A row index of a sparse matrix lies outside 0..n-1.")                         \
   X(QRN_RES_ERR_LA_NOT_LOWER, 2206, "A sparse matrix has an entry where its lower triangular layout allows none.") \
-  X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")  \
-  X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.") \
-  X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")  \
+  X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")                    \
+  X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.")                   \
+  X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")                    \
   X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")
 
 enum qrn_rescode_e {
@@ -184,7 +203,24 @@ enum qrn_callback_e {
   QRN_CALLBACK_ITERATION = 1,
   QRN_CALLBACK_END = 2,
   QRN_CALLBACK_BEGIN_WRITE = 3,
-  QRN_CALLBACK_END_WRITE = 4
+  QRN_CALLBACK_END_WRITE = 4,
+  /* The optimizer (QRN_optimizetrm and the analyses that optimize): BEGIN and
+     END enclose every run; each phase has its own pair; ITERATION codes come at
+     most every QRN_DPAR_CALLBACK_INTERVAL seconds. */
+  QRN_CALLBACK_BEGIN_SIMPLEX = 20,
+  QRN_CALLBACK_SIMPLEX_ITERATION = 21,
+  QRN_CALLBACK_END_SIMPLEX = 22,
+  QRN_CALLBACK_BEGIN_BARRIER = 23,
+  QRN_CALLBACK_BARRIER_ITERATION = 24,
+  QRN_CALLBACK_END_BARRIER = 25,
+  QRN_CALLBACK_BEGIN_CROSSOVER = 26,
+  QRN_CALLBACK_END_CROSSOVER = 27,
+  QRN_CALLBACK_BEGIN_MIP = 28,
+  QRN_CALLBACK_MIP_NODE = 29,         /* a processed node (at most every interval) */
+  QRN_CALLBACK_NEW_INT_SOLUTION = 30, /* a better integer solution was found */
+  QRN_CALLBACK_END_MIP = 31,
+  QRN_CALLBACK_BEGIN_REPAIR = 32,
+  QRN_CALLBACK_END_REPAIR = 33
 };
 
 /* ---- bound keys ----------------------------------------------------------
@@ -325,8 +361,11 @@ enum qrn_nametype_e {
 
 /* Values of integer parameters. */
 enum qrn_onoff_e { QRN_OFF = 0, QRN_ON = 1 };
+/* AUTO picks by problem type (see QRN_optimizetrm); MIXED_INT runs the
+   mixed-integer optimizer even on a problem without integer variables. */
 enum qrn_algorithm_e { QRN_ALGORITHM_AUTO = 0, QRN_ALGORITHM_IPM = 1,
-  QRN_ALGORITHM_PRIMAL_SIMPLEX = 2, QRN_ALGORITHM_DUAL_SIMPLEX = 3, QRN_ALGORITHM_ANY_SIMPLEX = 4 };
+  QRN_ALGORITHM_PRIMAL_SIMPLEX = 2, QRN_ALGORITHM_DUAL_SIMPLEX = 3, QRN_ALGORITHM_ANY_SIMPLEX = 4,
+  QRN_ALGORITHM_MIXED_INT = 5 };
 enum qrn_scaling_e { QRN_SCALING_AUTO = 0, QRN_SCALING_NONE = 1, QRN_SCALING_GEOMETRIC = 2,
   QRN_SCALING_EQUILIBRATE = 3 };
 enum qrn_ordering_e { QRN_ORDERING_AUTO = 0, QRN_ORDERING_MIN_DEGREE = 1,
@@ -2087,6 +2126,126 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
                                                     qrn_real *dobj, qrn_real *dviolcon, qrn_real *dviolvar,
                                                     qrn_real *dviolbarvar, qrn_real *dviolcone,
                                                     qrn_real *dviolacc);
+
+/* ======================================================================= */
+/* Optimization, analysis and repair                                       */
+/* ======================================================================= */
+/* Optimizers (docs/optimizers.md has the details and the sign conventions).
+   QRN_optimizetrm solves the task's problem and stores what it finds as the
+   task's solutions; every solution of the task is first made undefined, then
+   the optimizer defines those it produces:
+     - linear problem: dual simplex by default (QRN_IPAR_ALGORITHM AUTO or
+       ANY_SIMPLEX), primal simplex, or the interior-point method (IPM): the
+       simplex methods give the basic solution (QRN_SOL_BAS); IPM gives the
+       interior solution (QRN_SOL_ITR) and, with QRN_IPAR_CROSSOVER on, the
+       basic one too;
+     - convex quadratic objective: IPM (AUTO or IPM), interior solution only;
+       the simplex choices are refused (QRN_RES_ERR_OPT_COMBINATION);
+     - integer variables, or QRN_ALGORITHM_MIXED_INT: the mixed-integer
+       optimizer (branch and cut; relaxations by simplex), integer solution
+       (QRN_SOL_ITG); with IPM it is refused (QRN_RES_ERR_OPT_COMBINATION).
+   Refused before anything runs, leaving the task as it was: quadratic
+   constraint terms (QRN_RES_ERR_OPT_QCON), cones (QRN_RES_ERR_OPT_CONES),
+   integer variables with a quadratic objective (QRN_RES_ERR_OPT_MIQP).
+   Dual values follow one identity for both senses:
+       c + Q xx - A' y - slx + sux = 0,   y = slc - suc,
+   with slc, suc, slx, sux >= 0 when minimizing and <= 0 when maximizing; the
+   dual objective is lc'slc - uc'suc + lx'slx - ux'sux + cfix (- 1/2 xx'Q xx).
+   An infeasible problem gets the status pair (QRN_PRO_STA_PRIM_INFEAS,
+   QRN_SOL_STA_PRIM_INFEAS_CER) and a Farkas certificate in y, slc, suc, slx,
+   sux (the identity with c = 0 and Q = 0, and a dual objective > 0 when
+   minimizing, < 0 when maximizing; xx and xc are 0). An unbounded one gets
+   (QRN_PRO_STA_DUAL_INFEAS, QRN_SOL_STA_DUAL_INFEAS_CER): xx is a ray d with
+   A d in the recession cone of the constraint bounds, d in that of the
+   variable bounds, Q d = 0 and c'd < 0 (> 0 when maximizing), xc = A d.
+   Every status a solver reports is checked against the vectors before it is
+   stored.
+   *trmcode receives QRN_RES_OK when the run ended normally, or one of the
+   QRN_RES_TRM_... codes; the response code is not 0 only when the run could
+   not be made (a refused problem or parameter combination, a solver failure).
+   While it runs, the callback receives the QRN_CALLBACK_... optimizer codes
+   with the information items filled with live values; a non-zero answer
+   stops the run (QRN_RES_TRM_USER_CALLBACK), the solutions then hold the last
+   iterate with unknown statuses (for the mixed-integer optimizer: the best
+   integer solution found, if any). The log stream receives a header, the
+   iteration lines and a summary (nothing at QRN_IPAR_LOG_LEVEL 0). */
+QRN_API qrn_rescode QRN_CALL QRN_optimizetrm(qrn_task_t task, qrn_int32 *trmcode);
+
+/* Nothing is buffered: accepted for compatibility, it only checks the task. */
+QRN_API qrn_rescode QRN_CALL QRN_commitchanges(qrn_task_t task);
+/* Sets the five capacities at once; refused (QRN_RES_ERR_MAX_CAPACITY,
+   QRN_RES_ERR_NEGATIVE_COUNT) without changing any when one is below what
+   the task holds. */
+QRN_API qrn_rescode QRN_CALL QRN_resizetask(qrn_task_t task, qrn_int32 maxnumcon, qrn_int32 maxnumvar,
+                                            qrn_int32 maxnumcone, qrn_int64 maxnumanz, qrn_int64 maxnumqnz);
+
+/* Basis services, on the basis of the task's basic solution (QRN_SOL_BAS):
+   exactly numcon items with status key QRN_SK_BASIS, else QRN_RES_ERR_NO_BASIS.
+   Items are numbered slacks first: i < numcon is constraint i, numcon + j is
+   variable j. The basis matrix B (numcon x numcon) has, for basic position k,
+   the column of item basis[k] in [-I A], i.e. of the system A xx - xc = 0:
+   -e_i for constraint i, column j of A for variable j.
+   initbasissolve writes basis[0..numcon) and factors B (QRN_RES_ERR_BASIS_SINGULAR
+   when it is singular); the factor stays with the task until its data or basis
+   change. solvewithbasis (after initbasissolve, else QRN_RES_ERR_BASIS_NOT_INIT)
+   solves B x = b (transp 0) or B' x = b (transp != 0) in place: on entry
+   sub[0..numnz) lists the positions of the non-zeros of b and val holds b as a
+   dense vector of numcon entries (only listed positions are read); on return
+   sub[0..*numnzout) lists the non-zeros of x, val holds x densely, and every
+   other entry of val is 0. basiscond writes ||B||_1 and an estimate of
+   ||B^-1||_1 (Hager's method); their product estimates the condition number. */
+QRN_API qrn_rescode QRN_CALL QRN_initbasissolve(qrn_task_t task, qrn_int32 *basis);
+QRN_API qrn_rescode QRN_CALL QRN_solvewithbasis(qrn_task_t task, qrn_int32 transp, qrn_int32 numnz,
+                                                qrn_int32 *sub, qrn_real *val, qrn_int32 *numnzout);
+QRN_API qrn_rescode QRN_CALL QRN_basiscond(qrn_task_t task, qrn_real *nrmbasis, qrn_real *nrminvbasis);
+
+/* Sensitivity analysis of an optimal basic solution of a linear problem
+   (QRN_RES_ERR_NO_BASIS without one). marki/markj say which bound of item
+   subi[k]/subj[k] is analysed. For a bound: the shadow prices are the rates
+   of change of the optimal objective when the bound is decreased (left) or
+   increased (right); the ranges are how far (>= 0, QRN_INFINITY-free +inf
+   when unlimited) it can be decreased or increased while the optimal basis
+   stays optimal (primal feasible). dualsensitivity does the same for the
+   objective coefficients c_j: prices are the rates of change of the optimal
+   objective (the value of x_j), ranges how far c_j can move down or up with
+   the basis staying optimal. A fixed item's two bounds move together. */
+enum qrn_mark_e { QRN_MARK_LO = 0, QRN_MARK_UP = 1 };
+QRN_API qrn_rescode QRN_CALL QRN_primalsensitivity(qrn_task_t task, qrn_int32 numi, const qrn_int32 *subi,
+                                                   const qrn_int32 *marki, qrn_int32 numj,
+                                                   const qrn_int32 *subj, const qrn_int32 *markj,
+                                                   qrn_real *leftpricei, qrn_real *rightpricei,
+                                                   qrn_real *leftrangei, qrn_real *rightrangei,
+                                                   qrn_real *leftpricej, qrn_real *rightpricej,
+                                                   qrn_real *leftrangej, qrn_real *rightrangej);
+QRN_API qrn_rescode QRN_CALL QRN_dualsensitivity(qrn_task_t task, qrn_int32 numj, const qrn_int32 *subj,
+                                                 qrn_real *leftpricej, qrn_real *rightpricej,
+                                                 qrn_real *leftrangej, qrn_real *rightrangej);
+
+/* Feasibility repair. Phase 1 finds the least weighted relaxation of the
+   bounds: minimize sum wlc_i vlc_i + wuc_i vuc_i + wlx_j vlx_j + wux_j vux_j
+   over lc - vlc <= A x <= uc + vuc, lx - vlx <= x <= ux + vux, v >= 0 (an
+   elastic problem; a null weight array means QRN_DPAR_REPAIR_WEIGHT for every
+   item; a negative weight keeps that bound hard; NaN is refused). Phase 2
+   optimizes the task's own objective over the repaired bounds. What is left in
+   the task: its bounds are the repaired ones (each relaxed side moved by its
+   v), its solutions those of phase 2, and the information items
+   QRN_DINF_REPAIR_PENALTY, QRN_DINF_REPAIR_OBJ, QRN_IINF_REPAIR_RELAXED_CONS
+   and QRN_IINF_REPAIR_RELAXED_VARS. When no relaxation helps (only hard
+   bounds conflict) it fails with QRN_RES_ERR_REPAIR_FAILED and changes nothing. */
+QRN_API qrn_rescode QRN_CALL QRN_primalrepair(qrn_task_t task, const qrn_real *wlc, const qrn_real *wuc,
+                                              const qrn_real *wlx, const qrn_real *wux);
+
+/* An irreducible infeasible subset of the constraints and bounds, started from
+   the Farkas certificate held by solution whichsol (QRN_RES_ERR_NO_CERTIFICATE
+   when its status is not QRN_SOL_STA_PRIM_INFEAS_CER) and reduced by a
+   deletion filter. *inftask receives a new task in the same environment with
+   every constraint and variable of the original (same order and names, so
+   that indexes match) and the linear data, but only the bounds in the set:
+   every other bound is made infinite (the kept sides keep their values), and
+   the objective is zero. Dropping any kept bound makes the new problem
+   feasible. The caller deletes the new task. */
+QRN_API qrn_rescode QRN_CALL QRN_getinfeasiblesubproblem(qrn_task_t task, qrn_int32 whichsol,
+                                                         qrn_task_t *inftask);
 
 #ifdef __cplusplus
 }

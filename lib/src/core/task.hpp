@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -79,6 +80,8 @@ struct Solution {
   std::vector<double> doty;
   std::vector<std::vector<double>> barx, bars;
 };
+
+struct BasisFactor;  // analysis/basis.hpp
 
 struct Params {
   std::vector<double> dou;
@@ -159,6 +162,8 @@ struct Task {
   Info info;
 
   std::array<Solution, QRN_SOL_COUNT> sol;
+  // The factor made by QRN_initbasissolve (shared by copies: never changed).
+  std::shared_ptr<const BasisFactor> basis_factor;
 
   void write(int which, const std::string &text) const;
   // Calls the registered callback with the task's information items; true
