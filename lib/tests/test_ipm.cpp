@@ -1,6 +1,8 @@
 // The interior-point engine on problems with known answers, its certificates,
 // its stopping rules, and the derivatives of its barriers.
 #include <atomic>
+#include <cstdlib>
+#include <lapacke.h>
 #include <cmath>
 #include <random>
 #include <string>
@@ -131,6 +133,19 @@ double cone_violation(const Cone &k, const double *v) {
       for (int i = nl; i < d; ++i) w += v[i] * v[i];
       return std::max({0.0, neg, std::sqrt(w) - std::exp(lg)});
     }
+    case ConeKind::PrimalGeoMean:
+    case ConeKind::DualGeoMean: {
+      Cone p{k.kind == ConeKind::PrimalGeoMean ? ConeKind::PrimalPower : ConeKind::DualPower, d, Vec(d - 1, 1.0)};
+      return cone_violation(p, v);
+    }
+    case ConeKind::Psd: {  // minus the smallest eigenvalue
+      int n = int(std::lround((std::sqrt(8.0 * d + 1) - 1) / 2));
+      Vec m(n * n), ev(n);
+      for (int j = 0, q = 0; j < n; ++j)
+        for (int i = j; i < n; ++i, ++q) m[i + j * n] = m[j + i * n] = i == j ? v[q] : v[q] / std::sqrt(2.0);
+      LAPACKE_dsyev(LAPACK_COL_MAJOR, 'N', 'L', n, m.data(), n, ev.data());
+      return std::max(0.0, -ev[0]);
+    }
     default: return HUGE_VAL;
   }
 }
@@ -142,6 +157,8 @@ Cone dual_of(const Cone &k) {
   if (k.kind == ConeKind::DualExp) d.kind = ConeKind::PrimalExp;
   if (k.kind == ConeKind::PrimalPower) d.kind = ConeKind::DualPower;
   if (k.kind == ConeKind::DualPower) d.kind = ConeKind::PrimalPower;
+  if (k.kind == ConeKind::PrimalGeoMean) d.kind = ConeKind::DualGeoMean;
+  if (k.kind == ConeKind::DualGeoMean) d.kind = ConeKind::PrimalGeoMean;
   return d;
 }
 
@@ -210,7 +227,12 @@ void check_optimum(const Problem &pb, const Result &r, double expected, double r
   }
 }
 
-Result run(const Problem &pb, Settings st = Settings()) { return solve(pb, st); }
+// IPM_LOG=1 in the environment prints the engine's log.
+Result run(const Problem &pb, Settings st = Settings()) {
+  LogSink log;
+  if (std::getenv("IPM_LOG")) log = [](const std::string &l) { std::printf("%s\n", l.c_str()); };
+  return solve(pb, st, {}, log);
+}
 
 }  // namespace
 
@@ -463,7 +485,13 @@ TEST(ipm_stops_limits_and_logs) {
   bad.cones[1].dim = 2;
   CHECK(validate(bad).find("cover") != std::string::npos);
   bad = p;
-  bad.cones[1].kind = ConeKind::Psd;
+  bad.cones[1].kind = ConeKind::PrimalPower;
+  CHECK(validate(bad).find("weights") != std::string::npos);
+  bad.cones[1].alpha = {1, -1};
+  CHECK(validate(bad).find("not positive") != std::string::npos);
+  bad = p;
+  bad.cones[1] = {ConeKind::Psd, 2, {}};
+  bad.cones.push_back({ConeKind::Nonnegative, 1, {}});
   CHECK(validate(bad).find("d(d+1)/2") != std::string::npos);
   bad = p;
   bad.A.rowind[0] = 7;
@@ -503,7 +531,10 @@ TEST(ipm_solves_on_several_threads_at_once) {
         double b2 = t % 2 ? 0.5 : 0.25;
         Result r = solve(problem(b2));
         double expected = t % 2 ? 0.7009618943 : 2 - std::sqrt(2.0);
-        if (r.status != Status::Optimal || !close(r.pobj, expected, 1e-8)) ++wrong;
+        if (r.status != Status::Optimal || !close(r.pobj, expected, 1e-8)) {
+          std::printf("  thread %d: %s %.12g vs %.12g\n", t, status_name(r.status), r.pobj, expected);
+          ++wrong;
+        }
       }
     });
   for (auto &t : ts) t.join();

@@ -67,16 +67,20 @@ struct Problem {
 };
 
 struct Settings {
-  double tol_feas = 1e-8;      // primal and dual residuals, relative
-  double tol_gap_abs = 1e-8;   // duality gap, absolute ...
-  double tol_gap_rel = 1e-8;   // ... or relative
+  double tol_feas = 1e-9;      // primal and dual residuals, relative
+  double tol_gap_abs = 1e-9;   // duality gap, absolute ...
+  double tol_gap_rel = 1e-9;   // ... or relative
   double tol_infeas = 1e-8;    // certificates: ||A'y|| <= tol (-b'y), and the primal ray alike
+  // A run that can go no further (stalled, numerical trouble) returns its best
+  // iterate, as optimal or as a certificate when that iterate is within this
+  // factor of the tolerances, else as unknown.
+  double near_factor = 100;
   int max_iter = 200;
   double max_time = HUGE_VAL;  // seconds of wall time
   double step_fraction = 0.99; // of the step to the boundary
   bool equilibrate = true;     // Ruiz scaling of the data (undone in the result)
   int equilibrate_iter = 10;
-  double static_reg = 1e-8;    // added to the quasi-definite diagonal, relative to its size
+  double static_reg = 1e-10;   // added to the quasi-definite diagonal (raised when a factorization fails)
   int refine_iter = 10;        // iterative refinement steps per solve at most
 };
 

@@ -522,9 +522,30 @@ class PowerBarrier : public Barrier {
 // Path-following with the barrier f* of the dual cone: H = mu D^2 f*(z), the
 // central path s = -mu grad f*(z), and the corrector
 // eta = -1/2 D^3 f*(z)[dz_a, (D^2 f*(z))^-1 ds_a].
+// Solves H x = b for a symmetric positive definite H (n x n by columns),
+// falling back to an eigenvalue decomposition when Cholesky fails on an
+// ill-conditioned H. h is overwritten.
+void spd_solve(int n, double *h, double *b) {
+  std::vector<double> c(h, h + size_t(n) * n);
+  if (LAPACKE_dpotrf(LAPACK_COL_MAJOR, 'L', n, c.data(), n) == 0) {
+    LAPACKE_dpotrs(LAPACK_COL_MAJOR, 'L', n, 1, c.data(), n, b, n);
+    return;
+  }
+  std::vector<double> ev(n), t(n, 0.0);
+  LAPACKE_dsyev(LAPACK_COL_MAJOR, 'V', 'L', n, h, n, ev.data());
+  double top = std::max(ev[n - 1], 0.0);
+  for (int k = 0; k < n; ++k) {
+    double coef = dot(n, h + size_t(k) * n, b);
+    double e = std::max(ev[k], 1e-15 * top);
+    if (e > 0) coef /= e; else coef = 0;
+    for (int i = 0; i < n; ++i) t[i] += coef * h[i + size_t(k) * n];
+  }
+  std::copy(t.begin(), t.end(), b);
+}
+
 class NonsymCone : public ConeImpl {
   std::unique_ptr<Barrier> primal_, dual_;
-  std::vector<double> hd_, chol_, gd_, z_;
+  std::vector<double> hd_, gd_, z_, h_;
   double mu_ = 1;
 
  public:
@@ -565,32 +586,59 @@ class NonsymCone : public ConeImpl {
     hd_.resize(size_t(n) * n), gd_.resize(n);
     dual_->hess(z, hd_.data());
     dual_->grad(z, gd_.data());
-    chol_ = hd_;
-    return LAPACKE_dpotrf(LAPACK_COL_MAJOR, 'L', n, chol_.data(), n) == 0;
+    for (double v : hd_)
+      if (!std::isfinite(v)) return false;
+    // H = mu D^2 f*(z) + s s'/s'z - (mu/nu) st st' with st = -grad f*(z) and
+    // the cone's own mu = s'z/nu: the secant (BFGS) update of the dual-barrier
+    // scaling that makes H z = s; it is positive definite while s'z > 0 and
+    // reduces to mu D^2 f*(z) on the central path.
+    double sz = dot(n, s, z), nu = degree();
+    if (!(sz > 0)) return false;
+    mu_ = sz / nu;
+    h_.resize(hd_.size());
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) {
+        size_t k = i + size_t(j) * n;
+        h_[k] = mu_ * hd_[k] + s[i] * s[j] / sz - mu_ / nu * gd_[i] * gd_[j];
+      }
+    return true;
   }
-  void block(double *out) const override {
-    for (size_t k = 0; k < hd_.size(); ++k) out[k] = mu_ * hd_[k];
+  double proximity(const double *s, const double *z, double mu) const override {
+    int n = dim;
+    std::vector<double> g(n), h(size_t(n) * n), psi(n), t(n);
+    dual_->grad(z, g.data());
+    dual_->hess(z, h.data());
+    for (int i = 0; i < n; ++i) psi[i] = t[i] = s[i] + mu * g[i];
+    spd_solve(n, h.data(), t.data());
+    return std::sqrt(std::max(0.0, dot(n, psi.data(), t.data()))) / mu;
   }
+  void block(double *out) const override { std::copy(h_.begin(), h_.end(), out); }
   void mul_h(const double *v, double *out) const override {
-    cblas_dgemv(CblasColMajor, CblasNoTrans, dim, dim, mu_, hd_.data(), dim, v, 1, 0.0, out, 1);
+    cblas_dgemv(CblasColMajor, CblasNoTrans, dim, dim, 1.0, h_.data(), dim, v, 1, 0.0, out, 1);
   }
   void affine_rhs(const double *s, const double *, double *ds) const override { std::copy(s, s + dim, ds); }
   void combined_rhs(const double *s, const double *, const double *ds_a, const double *dz_a, double sigma_mu,
                     double *ds) const override {
     int n = dim;
-    std::vector<double> t(ds_a, ds_a + n), eta(n);
-    LAPACKE_dpotrs(LAPACK_COL_MAJOR, 'L', n, 1, chol_.data(), n, t.data(), n);
+    std::vector<double> t(ds_a, ds_a + n), eta(n), h(hd_);
+    spd_solve(n, h.data(), t.data());
     dual_->third(z_.data(), dz_a, t.data(), eta.data());
     for (int i = 0; i < n; ++i) ds[i] = s[i] + sigma_mu * gd_[i] - 0.5 * eta[i];
   }
   double max_step(const double *s, const double *ds, const double *z, const double *dz, double amax) const override {
+    // Bisection for the boundary: lo stays inside both cones.
     std::vector<double> ts(dim), tz(dim);
-    double a = amax;
-    for (int k = 0; k < 80; ++k, a *= 0.8) {
+    auto inside = [&](double a) {
       for (int i = 0; i < dim; ++i) ts[i] = s[i] + a * ds[i], tz[i] = z[i] + a * dz[i];
-      if (primal_->interior(ts.data()) && dual_->interior(tz.data())) return a;
+      return primal_->interior(ts.data()) && dual_->interior(tz.data());
+    };
+    if (inside(amax)) return amax;
+    double lo = 0, hi = amax;
+    for (int k = 0; k < 50 && hi - lo > 1e-4 * hi; ++k) {
+      double mid = (lo + hi) / 2;
+      (inside(mid) ? lo : hi) = mid;
     }
-    return 0.0;
+    return lo;
   }
   bool interior_primal(const double *s) const override { return primal_->interior(s); }
   bool interior_dual(const double *z) const override { return dual_->interior(z); }

@@ -42,6 +42,12 @@ namespace {
 
 using Vec = std::vector<double>;
 const double kSqrt2 = std::sqrt(2.0);
+// Neighbourhood of the central path kept by the non-symmetric cones: each
+// keeps s'z >= kLocalRatio nu mu and ||s + mu grad f*(z)|| <= kProximity mu in
+// the local norm; the step shrinks by kBacktrack until both hold.
+constexpr double kLocalRatio = 0.1;
+constexpr double kProximity = 0.95;
+constexpr double kBacktrack = 0.9;
 
 double dot(const Vec &a, const Vec &b) {
   double r = 0;
@@ -149,6 +155,24 @@ class Engine {
   void prepare();
   void equilibrate();
   void finish(Result &res, Status status, const std::string &why);
+  // The best iterate met so far for one kind of answer.
+  struct Snapshot {
+    double score = HUGE_VAL;
+    Vec x, s, z;
+    double tau = 1, kappa = 1;
+    Iteration info;
+  };
+  void keep(Snapshot &snap, double score, const Iteration &info) {
+    if (!(score < snap.score)) return;
+    snap.score = score;
+    snap.x = x_, snap.s = s_, snap.z = z_;
+    snap.tau = tau_, snap.kappa = kappa_;
+    snap.info = info;
+  }
+  // Ends a run that can go no further: the best iterate met, reported as an
+  // answer when it is within near_factor of the tolerances.
+  void fallback(Result &res, const std::string &why);
+  Snapshot best_opt, best_pinf, best_dinf;
   void log(const std::string &line) const {
     if (log_) log_(line);
   }
@@ -338,20 +362,22 @@ void Engine::newton(const Vec &dx_r, const Vec &dz_r, double dtau_r, const Vec &
 
 double Engine::step_length(const Vec &dx, const Vec &ds, const Vec &dz, double dtau, double dkappa, bool affine) {
   (void)dx;
+  // The step to the boundary of every cone (a lower bound inside for the
+  // non-symmetric ones), then a fraction of it.
   double a = HUGE_VAL;
   if (dtau < 0) a = std::min(a, -tau_ / dtau);
   if (dkappa < 0) a = std::min(a, -kappa_ / dkappa);
   for (auto &c : impl_)
     if (c->symmetric()) a = c->max_step(&s_[c->offset], &ds[c->offset], &z_[c->offset], &dz[c->offset], a);
-  a = affine ? std::min(1.0, a) : std::min(1.0, st_.step_fraction * a);
-  if (!nonsym_) return a;
+  a = std::min(a, 1.0 / st_.step_fraction);
   for (auto &c : impl_)
     if (!c->symmetric()) a = c->max_step(&s_[c->offset], &ds[c->offset], &z_[c->offset], &dz[c->offset], a);
-  if (affine) return a;
-  // Stay near the central path: no non-symmetric cone may fall far below the
-  // average complementarity.
+  a = affine ? std::min(1.0, a) : std::min(1.0, st_.step_fraction * a);
+  if (affine || !nonsym_) return a;
+  // Stay near the central path: every non-symmetric cone keeps its share of
+  // the complementarity and stays close to s = -mu grad f*(z).
   Vec ts, tz;
-  for (int k = 0; k < 60 && a > 0; ++k, a *= 0.8) {
+  for (int k = 0; k < 80 && a > 0; ++k, a *= kBacktrack) {
     double tt = tau_ + a * dtau, tk = kappa_ + a * dkappa;
     double sz = tt * tk;
     for (int i = 0; i < m_; ++i) sz += (s_[i] + a * ds[i]) * (z_[i] + a * dz[i]);
@@ -359,9 +385,14 @@ double Engine::step_length(const Vec &dx, const Vec &ds, const Vec &dz, double d
     bool ok = true;
     for (auto &c : impl_) {
       if (c->symmetric()) continue;
+      int o = c->offset;
+      ts.resize(c->dim), tz.resize(c->dim);
       double local = 0;
-      for (int i = c->offset; i < c->offset + c->dim; ++i) local += (s_[i] + a * ds[i]) * (z_[i] + a * dz[i]);
-      if (local < 0.1 * c->degree() * mu) {
+      for (int i = 0; i < c->dim; ++i) {
+        ts[i] = s_[o + i] + a * ds[o + i], tz[i] = z_[o + i] + a * dz[o + i];
+        local += ts[i] * tz[i];
+      }
+      if (local < kLocalRatio * c->degree() * mu || c->proximity(ts.data(), tz.data(), mu) > kProximity) {
         ok = false;
         break;
       }
@@ -369,6 +400,29 @@ double Engine::step_length(const Vec &dx, const Vec &ds, const Vec &dz, double d
     if (ok) return a;
   }
   return a;
+}
+
+void Engine::fallback(Result &res, const std::string &why) {
+  auto restore = [&](const Snapshot &snap) {
+    x_ = snap.x, s_ = snap.s, z_ = snap.z, tau_ = snap.tau, kappa_ = snap.kappa;
+    res.pobj = snap.info.pobj, res.dobj = snap.info.dobj;
+    res.pres = snap.info.pres, res.dres = snap.info.dres, res.gap = snap.info.gap;
+  };
+  double f = st_.near_factor;
+  if (best_opt.score <= f) {
+    restore(best_opt);
+    finish(res, Status::Optimal, "near optimal: " + why + "; the best iterate meets the tolerances within " +
+                                     fmt("%.3g", best_opt.score) + " times");
+  } else if (best_pinf.score <= f) {
+    restore(best_pinf);
+    finish(res, Status::PrimalInfeasible, "near certificate of primal infeasibility: " + why);
+  } else if (best_dinf.score <= f) {
+    restore(best_dinf);
+    finish(res, Status::DualInfeasible, "near certificate of dual infeasibility: " + why);
+  } else {
+    if (best_opt.score < HUGE_VAL) restore(best_opt);
+    finish(res, Status::Unknown, why);
+  }
 }
 
 void Engine::finish(Result &res, Status status, const std::string &why) {
@@ -474,30 +528,37 @@ Result Engine::run() {
       log(line);
     }
 
-    // Termination.
+    // Termination: each test as a ratio to its tolerance (<= 1 passes).
     double gap_rel = info.gap / std::max(1.0, std::min(std::fabs(info.pobj), std::fabs(info.dobj)));
-    if (info.pres <= st_.tol_feas && info.dres <= st_.tol_feas &&
-        (info.gap <= st_.tol_gap_abs || gap_rel <= st_.tol_gap_rel)) {
-      finish(res, Status::Optimal, "optimal to the tolerances");
-      break;
-    }
+    double opt_score = std::max({info.pres / st_.tol_feas, info.dres / st_.tol_feas,
+                                 std::min(info.gap / st_.tol_gap_abs, gap_rel / st_.tol_gap_rel)});
+    double pinf_score = HUGE_VAL, dinf_score = HUGE_VAL;
     if (bz < 0) {  // a dual ray? ||A'y|| <= tol (-b'y), unscaled
       double r = 0;
       for (int j = 0; j < n_; ++j) r = std::max(r, std::fabs(atz_[j] / D_[j]));
-      if (r <= st_.tol_infeas * -bz) {
-        finish(res, Status::PrimalInfeasible, "primal infeasibility certificate found");
-        break;
-      }
+      pinf_score = r / -bz / st_.tol_infeas;
     }
     if (qx < 0) {  // a primal ray? ||Ax + s||, ||Px|| <= tol (-c'x), unscaled
       double r = 0, rpx = 0;
       for (int i = 0; i < m_; ++i) r = std::max(r, std::fabs((ax_[i] + s_[i]) / E_[i]));
       for (int j = 0; j < n_; ++j) rpx = std::max(rpx, std::fabs(px_[j] / D_[j]));
-      if (r * cs_ <= st_.tol_infeas * -qx && rpx <= st_.tol_infeas * -qx) {
-        finish(res, Status::DualInfeasible, "dual infeasibility certificate found");
-        break;
-      }
+      dinf_score = std::max(r * cs_, rpx) / -qx / st_.tol_infeas;
     }
+    if (opt_score <= 1) {
+      finish(res, Status::Optimal, "optimal to the tolerances");
+      break;
+    }
+    if (pinf_score <= 1) {
+      finish(res, Status::PrimalInfeasible, "primal infeasibility certificate found");
+      break;
+    }
+    if (dinf_score <= 1) {
+      finish(res, Status::DualInfeasible, "dual infeasibility certificate found");
+      break;
+    }
+    keep(best_opt, opt_score, info);
+    keep(best_pinf, pinf_score, info);
+    keep(best_dinf, dinf_score, info);
     if (progress_ && progress_(info)) {
       finish(res, Status::Stopped, "stopped by the progress callback");
       break;
@@ -512,24 +573,25 @@ Result Engine::run() {
     }
 
     // Scaling and factorization.
-    bool ok = true;
-    for (size_t k = 0; k < impl_.size() && ok; ++k) {
+    int bad = -1;
+    for (size_t k = 0; k < impl_.size() && bad < 0; ++k) {
       ConeImpl &c = *impl_[k];
-      ok = c.update(&s_[c.offset], &z_[c.offset], mu);
-      if (ok) {
+      if (c.update(&s_[c.offset], &z_[c.offset], mu)) {
         c.block(hbuf_.data());
         kkt_->set_block(int(k), hbuf_.data());
+      } else {
+        bad = int(k);
       }
     }
-    if (!ok) {
-      finish(res, Status::Unknown, "an iterate left the interior of its cone");
+    if (bad >= 0) {
+      fallback(res, "numerical trouble: the iterate left the interior of cone " + std::to_string(bad));
       break;
     }
     double reg = st_.static_reg;
     bool factored = false;
     for (int tries = 0; tries < 5 && !factored; ++tries, reg *= 100) factored = kkt_->factor(reg);
     if (!factored) {
-      finish(res, Status::Unknown, "the KKT system could not be factored");
+      fallback(res, "the KKT system could not be factored");
       break;
     }
     for (int j = 0; j < n_; ++j) rhs_[j] = -q_[j];
@@ -555,7 +617,7 @@ Result Engine::run() {
            dkappa);
     step = step_length(dx, ds, dz, dtau, dkappa, false);
     if (!(step > 0) || !std::isfinite(dtau)) {
-      finish(res, Status::Unknown, "no progress possible (numerical trouble)");
+      fallback(res, "no progress possible (numerical trouble)");
       break;
     }
     for (int j = 0; j < n_; ++j) x_[j] += step * dx[j];
@@ -564,8 +626,8 @@ Result Engine::run() {
     kappa_ += step * dkappa;
     small_steps = step < 1e-6 ? small_steps + 1 : 0;
     if (small_steps >= 5) {
-      finish(res, Status::Unknown, "stalled: steps too short");
-      ++res.iterations;
+      res.iterations = iter + 1;
+      fallback(res, "stalled: steps too short");
       break;
     }
   }
