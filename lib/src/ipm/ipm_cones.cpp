@@ -519,8 +519,9 @@ class PowerBarrier : public Barrier {
 
 // ------------------------------------------------- non-symmetric cones
 
-// Path-following with the barrier f* of the dual cone: H = mu D^2 f*(z), the
-// central path s = -mu grad f*(z), and the corrector
+// Non-symmetric cones, with a barrier f* of the dual cone in closed form:
+// the central path s = -mu grad f*(z), a primal-dual scaling H with H z = s
+// built from D^2 f*(z) by a low-rank secant update, and the corrector
 // eta = -1/2 D^3 f*(z)[dz_a, (D^2 f*(z))^-1 ds_a].
 // Solves H x = b for a symmetric positive definite H (n x n by columns),
 // falling back to an eigenvalue decomposition when Cholesky fails on an
@@ -588,29 +589,74 @@ class NonsymCone : public ConeImpl {
     dual_->grad(z, gd_.data());
     for (double v : hd_)
       if (!std::isfinite(v)) return false;
-    // H = mu D^2 f*(z) + s s'/s'z - (mu/nu) st st' with st = -grad f*(z) and
-    // the cone's own mu = s'z/nu: the secant (BFGS) update of the dual-barrier
-    // scaling that makes H z = s; it is positive definite while s'z > 0 and
-    // reduces to mu D^2 f*(z) on the central path.
+    // The primal-dual scaling when it can be had; else the secant (BFGS)
+    // update of mu D^2 f*(z), mu = s'z/nu the cone's own, by the pair (z, s):
+    // H = mu D^2 f*(z) + s s'/s'z - (mu/nu) st st' with st = -grad f*(z),
+    // which also gives H z = s, is positive definite while s'z > 0 and is
+    // mu D^2 f*(z) on the central path.
     double sz = dot(n, s, z), nu = degree();
     if (!(sz > 0)) return false;
     mu_ = sz / nu;
     h_.resize(hd_.size());
-    for (int j = 0; j < n; ++j)
-      for (int i = 0; i < n; ++i) {
-        size_t k = i + size_t(j) * n;
-        h_[k] = mu_ * hd_[k] + s[i] * s[j] / sz - mu_ / nu * gd_[i] * gd_[j];
-      }
+    for (size_t k = 0; k < hd_.size(); ++k) h_[k] = mu_ * hd_[k];
+    if (!primal_dual(s, z, sz)) {
+      for (int j = 0; j < n; ++j)
+        for (int i = 0; i < n; ++i) h_[i + size_t(j) * n] += s[i] * s[j] / sz - mu_ / nu * gd_[i] * gd_[j];
+    }
     return true;
   }
-  double proximity(const double *s, const double *z, double mu) const override {
+  // The primal-dual scaling: with the shadow points st = -grad f*(z) and
+  // zt = -grad f**(s) (the point where -grad f*(zt) = s, found by Newton's
+  // method), H = H0 + S (Z'S)^-1 S' - H0 Z (Z'H0 Z)^-1 Z'H0 for S = [s st],
+  // Z = [z zt], H0 = mu D^2 f*(z): then H z = s and H zt = st. False when the
+  // pair is too close to the central path (Z'S near singular) or Newton fails.
+  bool primal_dual(const double *s, const double *z, double sz) {
     int n = dim;
-    std::vector<double> g(n), h(size_t(n) * n), psi(n), t(n);
-    dual_->grad(z, g.data());
-    dual_->hess(z, h.data());
-    for (int i = 0; i < n; ++i) psi[i] = t[i] = s[i] + mu * g[i];
-    spd_solve(n, h.data(), t.data());
-    return std::sqrt(std::max(0.0, dot(n, psi.data(), t.data()))) / mu;
+    double nu = degree();
+    // zt = argmin_w s'w + f*(w), from w = z / mu.
+    std::vector<double> w(n), g(n), h(size_t(n) * n), step(n), trial(n);
+    for (int i = 0; i < n; ++i) w[i] = z[i] / mu_;
+    bool done = false;
+    for (int it = 0; it < 60 && !done; ++it) {
+      dual_->grad(w.data(), g.data());
+      dual_->hess(w.data(), h.data());
+      for (int i = 0; i < n; ++i) step[i] = -(g[i] + s[i]);
+      std::vector<double> rhs(step);
+      spd_solve(n, h.data(), step.data());
+      double lambda = std::sqrt(std::max(0.0, dot(n, rhs.data(), step.data())));  // Newton decrement
+      double t = lambda > 0.25 ? 1 / (1 + lambda) : 1.0;
+      for (int i = 0; i < n; ++i) trial[i] = w[i] + t * step[i];
+      if (!dual_->interior(trial.data())) return false;
+      w = trial;
+      done = lambda < 1e-10;
+    }
+    if (!done) return false;
+    std::vector<double> st(n), zt(w);
+    for (int i = 0; i < n; ++i) st[i] = -gd_[i];
+    double zs[4] = {sz, dot(n, z, st.data()), dot(n, zt.data(), s), dot(n, zt.data(), st.data())};
+    double mut = zs[3] / nu;
+    if (!(mu_ * mut - 1 > 1e-7)) return false;  // on the central path: H0 already fits
+    // H0 Z
+    std::vector<double> h0z(size_t(n) * 2, 0.0);
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) {
+        h0z[i] += h_[i + size_t(j) * n] * z[j];
+        h0z[i + n] += h_[i + size_t(j) * n] * zt[j];
+      }
+    double zhz[3] = {dot(n, z, h0z.data()), dot(n, z, h0z.data() + n), dot(n, zt.data(), h0z.data() + n)};
+    double det1 = zs[0] * zs[3] - zs[1] * zs[2], det2 = zhz[0] * zhz[2] - zhz[1] * zhz[1];
+    if (!(det1 > 1e-14 * zs[0] * zs[3]) || !(det2 > 1e-14 * zhz[0] * zhz[2])) return false;
+    // (Z'S)^-1 (symmetric: z'st = zt's = nu) and (Z'H0Z)^-1.
+    double a11 = zs[3] / det1, a12 = -zs[1] / det1, a22 = zs[0] / det1;
+    double b11 = zhz[2] / det2, b12 = -zhz[1] / det2, b22 = zhz[0] / det2;
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) {
+        double add = a11 * s[i] * s[j] + a12 * (s[i] * st[j] + st[i] * s[j]) + a22 * st[i] * st[j];
+        double sub = b11 * h0z[i] * h0z[j] + b12 * (h0z[i] * h0z[n + j] + h0z[n + i] * h0z[j]) +
+                     b22 * h0z[n + i] * h0z[n + j];
+        h_[i + size_t(j) * n] += add - sub;
+      }
+    return true;
   }
   void block(double *out) const override { std::copy(h_.begin(), h_.end(), out); }
   void mul_h(const double *v, double *out) const override {

@@ -42,9 +42,6 @@ class ConeImpl {
   // boundary itself for symmetric cones; strict interiors for the others).
   virtual double max_step(const double *s, const double *ds, const double *z, const double *dz,
                           double amax) const = 0;
-  // Distance from the central path s = -mu grad f*(z) in the local norm,
-  // divided by mu (non-symmetric cones only).
-  virtual double proximity(const double *, const double *, double) const { return 0.0; }
   // Strict interior tests (used when backtracking).
   virtual bool interior_primal(const double *s) const = 0;
   virtual bool interior_dual(const double *z) const = 0;

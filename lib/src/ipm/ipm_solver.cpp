@@ -43,10 +43,9 @@ namespace {
 using Vec = std::vector<double>;
 const double kSqrt2 = std::sqrt(2.0);
 // Neighbourhood of the central path kept by the non-symmetric cones: each
-// keeps s'z >= kLocalRatio nu mu and ||s + mu grad f*(z)|| <= kProximity mu in
-// the local norm; the step shrinks by kBacktrack until both hold.
+// keeps s'z >= kLocalRatio nu mu (or, when it is already below, does not
+// fall further); the step shrinks by kBacktrack until that holds.
 constexpr double kLocalRatio = 0.1;
-constexpr double kProximity = 0.95;
 constexpr double kBacktrack = 0.9;
 
 double dot(const Vec &a, const Vec &b) {
@@ -375,30 +374,23 @@ double Engine::step_length(const Vec &dx, const Vec &ds, const Vec &dz, double d
   a = affine ? std::min(1.0, a) : std::min(1.0, st_.step_fraction * a);
   if (affine || !nonsym_) return a;
   // Stay near the central path: every non-symmetric cone keeps its share of
-  // the complementarity and stays close to s = -mu grad f*(z).
-  Vec ts, tz;
-  for (int k = 0; k < 80 && a > 0; ++k, a *= kBacktrack) {
-    double tt = tau_ + a * dtau, tk = kappa_ + a * dkappa;
+  // the complementarity; one that is already below must not fall further.
+  auto worst_ratio = [&](double t) {
+    double tt = tau_ + t * dtau, tk = kappa_ + t * dkappa;
     double sz = tt * tk;
-    for (int i = 0; i < m_; ++i) sz += (s_[i] + a * ds[i]) * (z_[i] + a * dz[i]);
-    double mu = sz / (nu_ + 1);
-    bool ok = true;
+    for (int i = 0; i < m_; ++i) sz += (s_[i] + t * ds[i]) * (z_[i] + t * dz[i]);
+    double mu = sz / (nu_ + 1), ratio = HUGE_VAL;
     for (auto &c : impl_) {
       if (c->symmetric()) continue;
-      int o = c->offset;
-      ts.resize(c->dim), tz.resize(c->dim);
       double local = 0;
-      for (int i = 0; i < c->dim; ++i) {
-        ts[i] = s_[o + i] + a * ds[o + i], tz[i] = z_[o + i] + a * dz[o + i];
-        local += ts[i] * tz[i];
-      }
-      if (local < kLocalRatio * c->degree() * mu || c->proximity(ts.data(), tz.data(), mu) > kProximity) {
-        ok = false;
-        break;
-      }
+      for (int i = c->offset; i < c->offset + c->dim; ++i) local += (s_[i] + t * ds[i]) * (z_[i] + t * dz[i]);
+      ratio = std::min(ratio, local / (c->degree() * mu));
     }
-    if (ok) return a;
-  }
+    return ratio;
+  };
+  double rmin = std::min(kLocalRatio, worst_ratio(0.0));
+  for (int k = 0; k < 80 && a > 0; ++k, a *= kBacktrack)
+    if (worst_ratio(a) >= rmin) return a;
   return a;
 }
 
