@@ -74,7 +74,7 @@ struct Settings {
   // A run that can go no further (stalled, numerical trouble) returns its best
   // iterate, as optimal or as a certificate when that iterate is within this
   // factor of the tolerances, else as unknown.
-  double near_factor = 100;
+  double near_factor = 1000;
   int max_iter = 200;
   double max_time = HUGE_VAL;  // seconds of wall time
   double step_fraction = 0.99; // of the step to the boundary

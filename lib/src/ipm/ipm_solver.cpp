@@ -47,6 +47,8 @@ const double kSqrt2 = std::sqrt(2.0);
 // fall further); the step shrinks by kBacktrack until that holds.
 constexpr double kLocalRatio = 0.1;
 constexpr double kBacktrack = 0.9;
+constexpr int kStallWindow = 10;
+constexpr double kCentering = 0.1;
 
 double dot(const Vec &a, const Vec &b) {
   double r = 0;
@@ -480,6 +482,7 @@ Result Engine::run() {
   }
   double step = 0;
   int small_steps = 0;
+  std::vector<double> progress;
   Vec xu(n_), su(m_), zu(m_), rp(m_), rd(n_);
   for (int iter = 0;; ++iter) {
     // Residuals of the embedding.
@@ -551,6 +554,16 @@ Result Engine::run() {
     keep(best_opt, opt_score, info);
     keep(best_pinf, pinf_score, info);
     keep(best_dinf, dinf_score, info);
+    // Stalled: the best of the three measures has not halved in kStallWindow iterations.
+    progress.push_back(std::min({opt_score, pinf_score, dinf_score}));
+    if (int(progress.size()) > kStallWindow) {
+      double before = *std::min_element(progress.begin(), progress.end() - kStallWindow);
+      double recent = *std::min_element(progress.end() - kStallWindow, progress.end());
+      if (!(recent < 0.5 * before)) {
+        fallback(res, "stalled: no progress in " + std::to_string(kStallWindow) + " iterations");
+        break;
+      }
+    }
     if (progress_ && progress_(info)) {
       finish(res, Status::Stopped, "stopped by the progress callback");
       break;
@@ -608,6 +621,21 @@ Result Engine::run() {
     newton(rxs, rzs, (1 - sigma) * rtau_, d_s, tau_ * kappa_ + dtaua * dkappaa - sigma * mu, dx, dz, ds, dtau,
            dkappa);
     step = step_length(dx, ds, dz, dtau, dkappa, false);
+    if (nonsym_ && step < kCentering) {
+      // A short step: try a pure centring direction (sigma = 1, no second-order
+      // terms), which brings the non-symmetric cones back towards the path.
+      Vec cdx(n_), cdz(m_), cds(m_);
+      double cdtau, cdkappa;
+      for (auto &c : impl_)
+        c->combined_rhs(&s_[c->offset], &z_[c->offset], zero_m.data() + c->offset, zero_m.data() + c->offset, mu,
+                        &d_s[c->offset]);
+      newton(zero_n, zero_m, 0.0, d_s, tau_ * kappa_ - mu, cdx, cdz, cds, cdtau, cdkappa);
+      double cstep = step_length(cdx, cds, cdz, cdtau, cdkappa, false);
+      if (cstep > step) {
+        dx.swap(cdx), dz.swap(cdz), ds.swap(cds);
+        dtau = cdtau, dkappa = cdkappa, step = cstep;
+      }
+    }
     if (!(step > 0) || !std::isfinite(dtau)) {
       fallback(res, "no progress possible (numerical trouble)");
       break;
