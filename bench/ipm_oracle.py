@@ -312,13 +312,13 @@ def main():
     rng = np.random.default_rng(args.seed)
     families = ["lp", "qp", "socp", "rsoc", "sdp", "exp", "dexp", "pow", "dpow", "gmean", "dgmean", "mixed"]
     print(f"{'family':10} {'n':>3} {'max rel diff':>12} {'ours it':>8} {'clarabel it':>11} {'ours ms/it':>10} "
-          f"{'factor share':>12} {'failures':>8}")
+          f"{'ms/factor':>9} {'factor share':>12} {'time ratio':>10} {'failures':>8}")
     bad = 0
     chosen = families + ["infeasible", "unbounded"]
     if args.families:
         chosen = args.families.split(",")
     for fam in chosen:
-        diffs, its, cits, per_it, share, fails = [], [], [], [], [], 0
+        diffs, its, cits, per_it, share, per_f, ratio, fails = [], [], [], [], [], [], [], 0
         for _ in range(args.count):
             if fam == "infeasible":
                 inst = make_infeasible(rng, str(rng.choice(["lp", "socp", "exp", "pow", "sdp"])), args.size)
@@ -331,8 +331,11 @@ def main():
             if ours.get("iterations"):
                 per_it.append(1e3 * ours["time"] / max(1, ours["iterations"]))
                 share.append(ours["factor_time"] / max(ours["time"], 1e-12))
+                per_f.append(1e3 * ours["factor_time"] / max(1, ours["factorizations"]))
             cl = run_clarabel(*inst)
             cits.append(cl["iterations"])
+            if cl["time"] > 0 and "time" in ours:
+                ratio.append(ours["time"] / cl["time"])
             if cl["status"] == "oracle failed":
                 print(f"  {fam}: clarabel failed; ours {ours.get('status')} {ours.get('pobj')}")
                 continue
@@ -356,7 +359,8 @@ def main():
         bad += fails
         md = f"{max(diffs):.1e}" if diffs else "-"
         print(f"{fam:10} {args.count:>3} {md:>12} {np.mean(its):>8.1f} {np.nanmean(cits):>11.1f} "
-              f"{np.mean(per_it) if per_it else 0:>10.3f} {np.mean(share) if share else 0:>12.2f} {fails:>8}")
+              f"{np.mean(per_it) if per_it else 0:>10.3f} {np.mean(per_f) if per_f else 0:>9.3f} "
+              f"{np.mean(share) if share else 0:>12.2f} {np.exp(np.mean(np.log(ratio))) if ratio else 0:>10.2f} {fails:>8}")
     print(f"{'failures':10} {bad}")
     return 1 if bad else 0
 
