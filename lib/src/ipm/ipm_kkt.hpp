@@ -1,0 +1,69 @@
+// The quasi-definite system of the interior-point engine,
+//
+//   K = [ P + d I      A'     ]
+//       [ A        -(H + d I) ]
+//
+// with H block diagonal by cone, kept as its upper triangle in a fixed sparsity
+// pattern, ordered once (AMD) and factored as L D L' (CHOLMOD, simplicial)
+// every iteration. d is a small static regularisation; solves refine against
+// K without it.
+#pragma once
+
+#include <vector>
+
+#include "ipm.hpp"
+
+struct cholmod_common_struct;
+struct cholmod_sparse_struct;
+struct cholmod_factor_struct;
+struct cholmod_dense_struct;
+
+namespace qrn {
+namespace ipm {
+
+struct KktBlock {
+  int offset = 0, dim = 0;
+  bool diagonal = true;
+};
+
+class Kkt {
+ public:
+  // P: n x n upper triangle; A: m x n; blocks cover the rows of A.
+  Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks);
+  ~Kkt();
+  Kkt(const Kkt &) = delete;
+  Kkt &operator=(const Kkt &) = delete;
+
+  // Sets -H on block k from its values (dim entries, or dim*dim by columns).
+  void set_block(int k, const double *h);
+  // Factors K + diag(d, -d); false when the factorization fails.
+  bool factor(double reg);
+  // sol = K^-1 rhs (size n + m), refined against the unregularised K.
+  // Returns the final relative residual.
+  double solve(const double *rhs, double *sol, int refine_iter);
+  int size() const { return n_ + m_; }
+  double factor_seconds() const { return factor_seconds_; }
+  int factor_count() const { return factor_count_; }
+
+ private:
+  void mul(const double *x, double *y) const;  // y = K x (no regularisation)
+  void solve_once(const double *rhs, double *sol);
+
+  int n_ = 0, m_ = 0;
+  std::vector<int> colptr_, rowind_;
+  std::vector<double> val_;              // unregularised values
+  std::vector<int> diag_;                // position of each diagonal entry
+  std::vector<std::vector<int>> hpos_;   // per block: positions of its upper triangle, by columns
+  std::vector<KktBlock> blocks_;
+  cholmod_common_struct *common_ = nullptr;
+  cholmod_sparse_struct *k_ = nullptr;
+  cholmod_factor_struct *l_ = nullptr;
+  cholmod_dense_struct *b_ = nullptr, *x_ = nullptr, *y_ = nullptr, *e_ = nullptr;
+  std::vector<double> r_, d_;
+  double factor_seconds_ = 0;
+  int factor_count_ = 0;
+  bool ok_ = false;
+};
+
+}  // namespace ipm
+}  // namespace qrn
