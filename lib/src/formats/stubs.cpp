@@ -3,9 +3,6 @@ namespace qrn {
 #define STUB(w, r) \
   void w(const Problem &, Out &, const WriteOptions &) { fail(QRN_RES_ERR_DATA_FORMAT, "not yet"); } \
   void r(const Source &, ReadContext &) { fail(QRN_RES_ERR_DATA_FORMAT, "not yet"); }
-STUB(write_opf, read_opf)
-STUB(write_ptf, read_ptf)
-STUB(write_jtask, read_jtask)
 STUB(write_taskfile, read_taskfile)
 STUB(write_cbf, read_cbf)
 void note_memory(Task &) {}
