@@ -255,6 +255,8 @@ void write_problem(Task &t, qrn_int32 format, qrn_int32 compress, const Sink &si
     p.connames.clear();
     p.varnames.clear();
     p.conenames.clear();
+    p.objname.clear();
+    p.taskname.clear();
   }
   size_t bytes = 0;
   if (compress == QRN_COMPRESS_GZIP) {
