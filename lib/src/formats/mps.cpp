@@ -1,8 +1,8 @@
 // MPS, fixed and free (docs/formats/mps.md).
 //
-// Writing: fixed MPS puts the fields at columns 2, 5, 15, 25, 40 and 50 and
-// takes names of at most 8 characters; free MPS separates fields by one blank
-// and takes names of any length. Neither takes names with blanks. Numbers are
+// Writing: fields start at columns 2, 5, 15, 25, 40 and 50, at least one
+// blank apart; fixed MPS takes names of at most 8 characters, free MPS names
+// of any length. Neither takes names with blanks. Numbers are
 // the shortest text that reads back to the same double (a number longer than
 // its fixed field pushes the rest of the line to the right).
 //
@@ -45,13 +45,12 @@ struct MpsWriter {
   std::vector<std::string> rows, cols, cones;
   std::string objrow;
 
-  // One data line: fields at the fixed columns (or one blank apart).
+  // One data line: fields at the fixed columns, at least one blank apart
+  // (free MPS too, which keeps it readable by column-based readers while the
+  // names fit).
   void field(int k, std::string_view s) {
     static const size_t at[] = {1, 4, 14, 24, 39, 49};
-    if (fixed)
-      out.pad_to(at[k]);
-    else
-      out.ch(' ');
+    out.pad_to(at[k]);
     out.raw(s);
   }
   void numfield(int k, double v) {
