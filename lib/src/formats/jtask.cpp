@@ -177,7 +177,71 @@ struct JReader {
   }
 };
 
+
+// The "solutions" member: every solution it holds, checked against the sizes.
+void read_solutions(const JReader &r, const json &sols_in, qrn_int32 m, qrn_int32 n, qrn_int32 nk,
+                    std::array<Solution, QRN_SOL_COUNT> &dest) {
+  const json *sols = &sols_in;
+  std::array<Solution, QRN_SOL_COUNT> result = dest;
+  if (!sols->is_object()) r.bad(QRN_RES_ERR_READ_SYNTAX, "/solutions", "an object was expected.");
+  for (auto it = sols->begin(); it != sols->end(); ++it) {
+    const std::string path = "/solutions/" + it.key();
+    qrn_int32 w;
+    if (!find_soltype(it.key(), w)) r.bad(QRN_RES_ERR_READ_SECTION, path, "the solution is interior, basic or integer.");
+    const json &o = *it;
+    r.only(o, path, {"prosta", "solsta", "skc", "skx", "skn", "xc", "xx", "y", "slc", "suc", "slx", "sux", "snx", "doty"});
+    Solution s;
+    s.defined = true;
+    if (!find_prosta(r.string(r.member(o, "prosta", path), path + "/prosta"), s.prosta))
+      r.bad(QRN_RES_ERR_READ_SYNTAX, path + "/prosta", "not a problem status.");
+    if (!find_solsta(r.string(r.member(o, "solsta", path), path + "/solsta"), s.solsta))
+      r.bad(QRN_RES_ERR_READ_SYNTAX, path + "/solsta", "not a solution status.");
+    auto vec = [&](const char *key, qrn_int64 size) {
+      const json &v = r.array(r.member(o, key, path), path + "/" + key, size);
+      std::vector<double> out;
+      for (size_t k = 0; k < v.size(); ++k) out.push_back(r.any_number(v[k], path + "/" + key + "/" + std::to_string(k)));
+      return out;
+    };
+    s.skc = r.keys(r.member(o, "skc", path), path + "/skc", m);
+    s.skx = r.keys(r.member(o, "skx", path), path + "/skx", n);
+    s.skn = r.keys(r.member(o, "skn", path), path + "/skn", nk);
+    s.xc = vec("xc", m), s.y = vec("y", m), s.slc = vec("slc", m), s.suc = vec("suc", m);
+    s.xx = vec("xx", n), s.slx = vec("slx", n), s.sux = vec("sux", n), s.snx = vec("snx", n);
+    if (o.contains("doty")) s.doty = vec("doty", 0);
+    result[w] = std::move(s);
+  }
+  dest = std::move(result);
+}
+
 }  // namespace
+
+std::string json_solutions_text(const Task &t) {
+  json doc;
+  doc["format"] = "jsol";
+  doc["version"] = 1;
+  json sols = json::object();
+  for (qrn_int32 w = 0; w < QRN_SOL_COUNT; ++w)
+    if (t.sol[w].defined) sols[soltype_name(w)] = solution_json(t.sol[w]);
+  doc["solutions"] = sols;
+  return doc.dump() + "\n";
+}
+
+void read_json_solutions(const Source &src, qrn_int32 m, qrn_int32 n, qrn_int32 nk,
+                         std::array<Solution, QRN_SOL_COUNT> &sol) {
+  json doc;
+  try {
+    doc = json::parse(src.text);
+  } catch (const json::parse_error &e) {
+    fail(src.text.empty() ? QRN_RES_ERR_READ_EOF : QRN_RES_ERR_READ_SYNTAX,
+         src.name + ": byte " + std::to_string(e.byte) + ": the text is not valid JSON.");
+  }
+  JReader r{src};
+  r.only(doc, "", {"$schema", "format", "version", "solutions"});
+  if (doc.value("format", json()) != "jsol") r.bad(QRN_RES_ERR_READ_VERSION, "/format", "the text is not a jsol document.");
+  const json &ver = r.member(doc, "version", "");
+  if (!ver.is_number_integer() || ver.get<qrn_int64>() != 1) r.bad(QRN_RES_ERR_READ_VERSION, "/version", "only version 1 is known.");
+  read_solutions(r, r.member(doc, "solutions", ""), m, n, nk, sol);
+}
 
 void write_jtask(const Problem &p, Out &out, const WriteOptions &opt) {
   json doc;
@@ -386,36 +450,8 @@ void read_jtask(const Source &src, ReadContext &ctx) {
     }
     if (ctx.input_params) ctx.scratch.par = merged;
   }
-  if (const json *sols = r.optional(doc, "solutions")) {
-    if (!sols->is_object()) r.bad(QRN_RES_ERR_READ_SYNTAX, "/solutions", "an object was expected.");
-    for (auto it = sols->begin(); it != sols->end(); ++it) {
-      const std::string path = "/solutions/" + it.key();
-      qrn_int32 w;
-      if (!find_soltype(it.key(), w)) r.bad(QRN_RES_ERR_READ_SECTION, path, "the solution is interior, basic or integer.");
-      const json &o = *it;
-      r.only(o, path, {"prosta", "solsta", "skc", "skx", "skn", "xc", "xx", "y", "slc", "suc", "slx", "sux", "snx", "doty"});
-      Solution s;
-      s.defined = true;
-      if (!find_prosta(r.string(r.member(o, "prosta", path), path + "/prosta"), s.prosta))
-        r.bad(QRN_RES_ERR_READ_SYNTAX, path + "/prosta", "not a problem status.");
-      if (!find_solsta(r.string(r.member(o, "solsta", path), path + "/solsta"), s.solsta))
-        r.bad(QRN_RES_ERR_READ_SYNTAX, path + "/solsta", "not a solution status.");
-      auto vec = [&](const char *key, qrn_int64 size) {
-        const json &v = r.array(r.member(o, key, path), path + "/" + key, size);
-        std::vector<double> out;
-        for (size_t k = 0; k < v.size(); ++k) out.push_back(r.any_number(v[k], path + "/" + key + "/" + std::to_string(k)));
-        return out;
-      };
-      const qrn_int64 nk = static_cast<qrn_int64>(p.cones.size());
-      s.skc = r.keys(r.member(o, "skc", path), path + "/skc", m);
-      s.skx = r.keys(r.member(o, "skx", path), path + "/skx", n);
-      s.skn = r.keys(r.member(o, "skn", path), path + "/skn", nk);
-      s.xc = vec("xc", m), s.y = vec("y", m), s.slc = vec("slc", m), s.suc = vec("suc", m);
-      s.xx = vec("xx", n), s.slx = vec("slx", n), s.sux = vec("sux", n), s.snx = vec("snx", n);
-      if (o.contains("doty")) s.doty = vec("doty", 0);
-      ctx.scratch.sol[w] = std::move(s);
-    }
-  }
+  if (const json *sols = r.optional(doc, "solutions"))
+    read_solutions(r, *sols, m, n, static_cast<qrn_int32>(p.cones.size()), ctx.scratch.sol);
   ctx.lines = static_cast<size_t>(std::count(src.text.begin(), src.text.end(), '\n')) + 1;
 }
 

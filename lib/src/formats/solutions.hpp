@@ -30,3 +30,12 @@ void check_solution_sizes(const Solution &s, qrn_int32 numcon, qrn_int32 numvar,
 void need_soltype(qrn_int32 whichsol);
 
 }  // namespace qrn
+
+namespace qrn {
+struct Source;
+// JSON solution documents ({"format": "jsol", "version": 1, "solutions": ...},
+// the "solutions" member as in the JSON task format).
+std::string json_solutions_text(const Task &t);
+void read_json_solutions(const Source &src, qrn_int32 numcon, qrn_int32 numvar, qrn_int32 numcone,
+                         std::array<Solution, QRN_SOL_COUNT> &sol);
+}  // namespace qrn

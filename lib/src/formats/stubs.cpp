@@ -1,4 +1,0 @@
-#include "formats.hpp"
-namespace qrn {
-void note_memory(Task &) {}
-}
