@@ -145,7 +145,8 @@ std::vector<std::pair<qrn_int32, Solution>> read_blocks(const Source &src, const
       lx.expect("con");
       Token it = lx.need("an index");
       lx.integer(it, i, i);
-      check_name(it, lx.need_string("a name"), p.connames, i);
+      Token nm = lx.need("a name");
+      check_name(nm, lx.unquote(nm), p.connames, i);
       s.skc.push_back(key(lx.need("a key")));
       s.xc.push_back(value()), s.slc.push_back(value()), s.suc.push_back(value()), s.y.push_back(value());
     }
@@ -157,7 +158,8 @@ std::vector<std::pair<qrn_int32, Solution>> read_blocks(const Source &src, const
       lx.expect("var");
       Token jt = lx.need("an index");
       lx.integer(jt, j, j);
-      check_name(jt, lx.need_string("a name"), p.varnames, j);
+      Token nm = lx.need("a name");
+      check_name(nm, lx.unquote(nm), p.varnames, j);
       s.skx.push_back(key(lx.need("a key")));
       s.xx.push_back(value()), s.slx.push_back(value()), s.sux.push_back(value()), s.snx.push_back(value());
     }
@@ -170,7 +172,8 @@ std::vector<std::pair<qrn_int32, Solution>> read_blocks(const Source &src, const
       lx.expect("cone");
       Token ct = lx.need("an index");
       lx.integer(ct, k, k);
-      check_name(ct, lx.need_string("a name"), p.conenames, k);
+      Token nm = lx.need("a name");
+      check_name(nm, lx.unquote(nm), p.conenames, k);
       s.skn.push_back(key(lx.need("a key")));
     }
     lx.expect("end");
