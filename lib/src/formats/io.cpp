@@ -21,6 +21,16 @@ std::string read_file(const std::string &filename) {
   gzFile gz = gzopen(filename.c_str(), "rb");
   if (gz == nullptr) fail(QRN_RES_ERR_FILE_OPEN, "Cannot open \"" + filename + "\" for reading.");
   std::string out;
+  // The file's size (times 4 when it is compressed) as a first guess of the text's.
+  if (std::FILE *f = std::fopen(filename.c_str(), "rb")) {
+    unsigned char magic[2] = {0, 0};
+    size_t got = std::fread(magic, 1, 2, f);
+    if (std::fseek(f, 0, SEEK_END) == 0) {
+      long size = std::ftell(f);
+      if (size > 0) out.reserve(static_cast<size_t>(size) * (got == 2 && magic[0] == 0x1f && magic[1] == 0x8b ? 4 : 1) + 1);
+    }
+    std::fclose(f);
+  }
   char buf[1 << 16];
   for (;;) {
     int n = gzread(gz, buf, sizeof buf);

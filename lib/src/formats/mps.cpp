@@ -279,13 +279,7 @@ void write_mps(const Problem &p, Out &out, const WriteOptions &opt, bool fixed) 
 
 enum class Section { none, name, objsense, objname, rows, columns, rhs, ranges, bounds, quadobj, qmatrix, qcmatrix, csection, end };
 
-struct NameMap {
-  std::unordered_map<std::string_view, qrn_int32> map;
-  qrn_int32 find(std::string_view s) const {
-    auto it = map.find(s);
-    return it == map.end() ? -1 : it->second;
-  }
-};
+using NameMap = NameIndex;
 
 struct MpsReader {
   const Source &src;
@@ -362,7 +356,7 @@ struct MpsReader {
       return;
     }
     qrn_int32 i = static_cast<qrn_int32>(rownames.size());
-    rowmap.map.emplace(name, i);
+    rowmap.insert(name, i);
     rownames.push_back(name);
     rowtype.push_back(type);
   }
@@ -393,7 +387,7 @@ struct MpsReader {
       if (colmap.find(name) >= 0)
         bad(QRN_RES_ERR_READ_NAME_DUP, f.col[0], "column \"" + std::string(name) + "\" appears again after other columns.");
       j = static_cast<qrn_int32>(colnames.size());
-      colmap.map.emplace(name, j);
+      colmap.insert(name, j);
       colnames.push_back(name);
       p.c.push_back(0.0);
       p.vartype.push_back(intmarker ? QRN_VAR_TYPE_INTEGER : QRN_VAR_TYPE_CONTINUOUS);

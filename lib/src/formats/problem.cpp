@@ -183,13 +183,17 @@ void load(qrn_task_t task, const Problem &p, const std::string &where) {
 std::vector<std::string> complete_names(const std::vector<std::string> &names, qrn_int32 n, const std::string &prefix,
                                         bool use_names) {
   std::vector<std::string> out(static_cast<size_t>(n));
-  std::unordered_set<std::string> taken;
+  bool all = use_names && names.size() >= static_cast<size_t>(n);
   if (use_names)
-    for (qrn_int32 k = 0; k < n && static_cast<size_t>(k) < names.size(); ++k)
-      if (!names[k].empty()) {
-        out[k] = names[k];
-        taken.insert(names[k]);
-      }
+    for (qrn_int32 k = 0; k < n && static_cast<size_t>(k) < names.size(); ++k) {
+      out[k] = names[k];
+      all = all && !names[k].empty();
+    }
+  if (all) return out;
+  // Generated names must not collide with real ones.
+  std::unordered_set<std::string> taken;
+  for (const std::string &s : out)
+    if (!s.empty()) taken.insert(s);
   for (qrn_int32 k = 0; k < n; ++k) {
     if (!out[k].empty()) continue;
     std::string s = prefix + std::to_string(k);

@@ -10,6 +10,9 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
+#include <algorithm>
+#include <cstdint>
 
 namespace qrn {
 
@@ -183,6 +186,93 @@ struct Fields {
       col[n++] = b + 1;
     }
   }
+};
+
+// Names in the text being read, mapped to item indexes: open addressing over
+// one flat array of 16-byte slots; keys view the text itself (which outlives
+// the map). A slot keeps a name's hash, length and first 8 bytes, so that
+// names of up to 8 bytes are found without touching the text.
+class NameIndex {
+ public:
+  static uint64_t hash(std::string_view s) {
+    uint64_t h = 0x9e3779b97f4a7c15ull ^ s.size();
+    size_t k = 0;
+    for (; k + 8 <= s.size(); k += 8) {
+      uint64_t w;
+      std::memcpy(&w, s.data() + k, 8);
+      h = (h ^ w) * 0xff51afd7ed558ccdull;
+      h ^= h >> 32;
+    }
+    uint64_t w = 0;
+    std::memcpy(&w, s.data() + k, s.size() - k);
+    h = (h ^ w) * 0xc4ceb9fe1a85ec53ull;
+    return h ^ (h >> 29);
+  }
+  // The index of s, or -1.
+  qrn_int32 find(std::string_view s) const {
+    if (slots_.empty()) return -1;
+    const uint64_t h = hash(s);
+    const Slot want = make(h, s, 0);
+    for (size_t p = h & mask_;; p = (p + 1) & mask_) {
+      const Slot &e = slots_[p];
+      if (e.index < 0) return -1;
+      if (same(e, want, s)) return e.index;
+    }
+  }
+  // Adds s with index v (v = 0, 1, 2, ... in order); false (and no change)
+  // when s is there already.
+  bool insert(std::string_view s, qrn_int32 v) {
+    if ((count_ + 1) * 4 > slots_.size() * 3) grow();
+    const uint64_t h = hash(s);
+    const Slot want = make(h, s, v);
+    for (size_t p = h & mask_;; p = (p + 1) & mask_) {
+      Slot &e = slots_[p];
+      if (e.index < 0) {
+        e = want;
+        if (keys_.size() <= static_cast<size_t>(v)) keys_.resize(static_cast<size_t>(v) + 1);
+        keys_[v] = s;
+        ++count_;
+        return true;
+      }
+      if (same(e, want, s)) return false;
+    }
+  }
+  size_t size() const { return count_; }
+
+ private:
+  struct Slot {
+    uint32_t meta = 0;  // high 24 bits of the hash, then the length (255: longer)
+    qrn_int32 index = -1;
+    uint64_t pre = 0;   // first 8 bytes
+  };
+  static Slot make(uint64_t h, std::string_view s, qrn_int32 v) {
+    Slot e;
+    e.meta = (static_cast<uint32_t>(h >> 32) & 0xFFFFFF00u) | static_cast<uint32_t>(std::min<size_t>(s.size(), 255));
+    e.index = v;
+    std::memcpy(&e.pre, s.data(), std::min<size_t>(8, s.size()));
+    return e;
+  }
+  bool same(const Slot &e, const Slot &want, std::string_view s) const {
+    if (e.meta != want.meta || e.pre != want.pre) return false;
+    return s.size() <= 8 || keys_[e.index] == s;
+  }
+  void grow() {
+    std::vector<Slot> old(std::max<size_t>(16, slots_.size() * 2));
+    old.swap(slots_);
+    mask_ = slots_.size() - 1;
+    for (const Slot &e : old)
+      if (e.index >= 0) {
+        uint64_t h = hash(keys_[e.index]);
+        for (size_t p = h & mask_;; p = (p + 1) & mask_)
+          if (slots_[p].index < 0) {
+            slots_[p] = e;
+            break;
+          }
+      }
+  }
+  std::vector<Slot> slots_;
+  std::vector<std::string_view> keys_;
+  size_t mask_ = 0, count_ = 0;
 };
 
 }  // namespace qrn
