@@ -787,7 +787,8 @@ QRN_API qrn_rescode QRN_CALL QRN_getlasterror(qrn_task_t task, qrn_rescode *last
                                               qrn_int32 sizelastmsg, qrn_int32 *lastmsglen,
                                               char *lastmsg);
 
-/* Writes the task's problem in format (qrn_dataformat_e) through func. */
+/* Writes the task's problem in format (qrn_dataformat_e, not EXTENSION)
+   through func, gzip-compressed when compress is QRN_COMPRESS_GZIP. */
 QRN_API qrn_rescode QRN_CALL QRN_writedatahandle(qrn_task_t task, qrn_write_fn func, void *handle,
                                                  qrn_int32 format, qrn_int32 compress);
 
