@@ -147,7 +147,9 @@ void read_qtx(const Source &src, ReadContext &ctx) {
     coef_at.push_back(j);
   }
   lx.expect("constraints");
-  const qrn_int32 m = static_cast<qrn_int32>(lx.need_integer("the number of constraints", 0, INT32_MAX));
+  // Each item takes a line: counts beyond the text's length cannot be right.
+  const qrn_int64 cap = std::min<qrn_int64>(INT32_MAX, static_cast<qrn_int64>(src.text.size()));
+  const qrn_int32 m = static_cast<qrn_int32>(lx.need_integer("the number of constraints", 0, cap));
   std::vector<qrn_int32> bkc;
   std::vector<double> blc, buc;
   std::vector<std::string> connames;
@@ -159,7 +161,7 @@ void read_qtx(const Source &src, ReadContext &ctx) {
     buc.push_back(lx.need_number("an upper bound", true));
   }
   lx.expect("variables");
-  const qrn_int32 n = static_cast<qrn_int32>(lx.need_integer("the number of variables", 0, INT32_MAX));
+  const qrn_int32 n = static_cast<qrn_int32>(lx.need_integer("the number of variables", 0, cap));
   p.resize(m, n);
   p.bkc = std::move(bkc), p.blc = std::move(blc), p.buc = std::move(buc);
   p.connames = std::move(connames);
