@@ -132,6 +132,23 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_BARVAR_DIM, 1715, "A semidefinite variable dimension is not positive.")                            \
   X(QRN_RES_ERR_BAR_POSITION, 1716, "The position names no non-zero semidefinite coefficient.")                    \
   X(QRN_RES_ERR_EIGEN, 1719, "An eigenvalue computation did not converge.")                                        \
+  X(QRN_RES_ERR_READ_SYNTAX, 1900, "The text does not follow its format.")                                         \
+  X(QRN_RES_ERR_READ_EOF, 1901, "The file or text ends before its data is complete.")                              \
+  X(QRN_RES_ERR_READ_NUMBER, 1902, "A number in the text is malformed, NaN or out of range.")                      \
+  X(QRN_RES_ERR_READ_NAME_UNKNOWN, 1903, "The text refers to a name that it does not define.")                     \
+  X(QRN_RES_ERR_READ_NAME_DUP, 1904, "The text defines one name twice or states one entry twice.")                 \
+  X(QRN_RES_ERR_READ_SECTION, 1905, "The text has an unknown, repeated or misplaced section.")                     \
+  X(QRN_RES_ERR_READ_UNSUPPORTED, 1906, "The text holds a kind of data this library cannot hold.")                 \
+  X(QRN_RES_ERR_READ_VERSION, 1907, "The data is not of the format or of an unknown version.")                     \
+  X(QRN_RES_ERR_READ_INDEX, 1908, "An index or count in the text is out of range.")                                \
+  X(QRN_RES_ERR_GZIP, 1909, "Compressed data is corrupt or could not be compressed.")                              \
+  X(QRN_RES_ERR_WRITE_LOSES_NAMES, 1920, "The format cannot hold some of the task's names.")                       \
+  X(QRN_RES_ERR_WRITE_LOSES_QUADRATIC, 1921, "The format cannot hold the task's quadratic terms.")                 \
+  X(QRN_RES_ERR_WRITE_LOSES_CONES, 1922, "The format cannot hold the task's cones.")                               \
+  X(QRN_RES_ERR_WRITE_LOSES_BOUNDS, 1923, "The format cannot state some of the task's bounds exactly.")            \
+  X(QRN_RES_ERR_WRITE_LOSES_INTEGER, 1924, "The format cannot hold integer variables.")                            \
+  X(QRN_RES_ERR_WRITE_LOSES_NUMBERS, 1925, "The format cannot state some number exactly.")                         \
+  X(QRN_RES_ERR_SOL_SIZE, 1942, "The solution read does not match the task's sizes.")                              \
   X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.")   \
   X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                                     \
   X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")                   \
@@ -183,14 +200,30 @@ enum qrn_stream_e {
   QRN_STREAM_WRN = 3  /* warnings */
 };
 
-/* ---- data formats accepted by QRN_writedatahandle ------------------------ */
+/* ---- data formats and compression -------------------------------------------
+ * The two selectors of QRN_readdataformat and QRN_writedatahandle (and of the
+ * parameters QRN_IPAR_INPUT_FORMAT, QRN_IPAR_OUTPUT_FORMAT and
+ * QRN_IPAR_OUTPUT_COMPRESSION). Each format is described in docs/formats/.
+ * By file name (QRN_DATA_FORMAT_EXTENSION): a trailing ".gz" means gzip; the
+ * extension before it picks the format: .qtx TEXT, .mps MPS, .fmps FREE_MPS,
+ * .lp LP, .opf OPF, .ptf PTF, .jtask and .json JSON_TASK, .task TASK, .cbf CBF.
+ * A name without a known extension takes QRN_SPAR_DEFAULT_EXTENSION. */
 enum qrn_dataformat_e {
-  QRN_DATA_FORMAT_EXTENSION = 0, /* from a file name's extension; not for handles */
-  QRN_DATA_FORMAT_TEXT = 1       /* own text format (.qtx): "qrntext 1", then counted sections, one item per line */
+  QRN_DATA_FORMAT_EXTENSION = 0, /* from a file name's extension; not for handles or strings */
+  QRN_DATA_FORMAT_TEXT = 1,      /* own counted-section text (.qtx): "qrntext 1", one item per line */
+  QRN_DATA_FORMAT_MPS = 2,       /* fixed MPS (.mps): names of at most 8 characters, no blanks */
+  QRN_DATA_FORMAT_FREE_MPS = 3,  /* free MPS (.fmps; reads .mps too): names of any length, no blanks */
+  QRN_DATA_FORMAT_LP = 4,        /* LP text (.lp): objective, subject to, bounds, general/binary, end */
+  QRN_DATA_FORMAT_OPF = 5,       /* own readable text (.opf): one keyword line per item */
+  QRN_DATA_FORMAT_PTF = 6,       /* own compact text (.ptf): counted arrays, whitespace-free layout */
+  QRN_DATA_FORMAT_JSON_TASK = 7, /* own JSON task (.jtask, .json): data, parameters, solutions */
+  QRN_DATA_FORMAT_TASK = 8,      /* own binary task (.task): everything, for fast save and restore */
+  QRN_DATA_FORMAT_CBF = 9        /* Conic Benchmark Format, version 3 (.cbf) */
 };
 
 enum qrn_compress_e {
-  QRN_COMPRESS_NONE = 0
+  QRN_COMPRESS_NONE = 0,
+  QRN_COMPRESS_GZIP = 1 /* gzip (RFC 1952); readers also take gzip data whatever the selector */
 };
 
 /* ---- callback caller codes --------------------------------------------- */
@@ -846,7 +879,8 @@ QRN_API qrn_rescode QRN_CALL QRN_getlasterror(qrn_task_t task, qrn_rescode *last
                                               qrn_int32 sizelastmsg, qrn_int32 *lastmsglen,
                                               char *lastmsg);
 
-/* Writes the task's problem in format (qrn_dataformat_e) through func. */
+/* Writes the task's problem in format (qrn_dataformat_e, not EXTENSION)
+   through func, gzip-compressed when compress is QRN_COMPRESS_GZIP. */
 QRN_API qrn_rescode QRN_CALL QRN_writedatahandle(qrn_task_t task, qrn_write_fn func, void *handle,
                                                  qrn_int32 format, qrn_int32 compress);
 
@@ -2246,6 +2280,109 @@ QRN_API qrn_rescode QRN_CALL QRN_primalrepair(qrn_task_t task, const qrn_real *w
    feasible. The caller deletes the new task. */
 QRN_API qrn_rescode QRN_CALL QRN_getinfeasiblesubproblem(qrn_task_t task, qrn_int32 whichsol,
                                                          qrn_task_t *inftask);
+
+/* ======================================================================= */
+/* Files, strings and reports                                              */
+/* ======================================================================= */
+/* Reading a problem (readdata*, read*string, readtask) replaces the task's
+   problem: sizes, matrix, bounds, objective, types, quadratic terms, cones and
+   names. Parameters are kept unless the format carries them (JSON_TASK, TASK,
+   and only with QRN_IPAR_INPUT_PARAMS on); solutions are cleared unless the
+   format carries them. A reader that fails leaves the task exactly as it was;
+   its message names the file (or "<string>"), the line and the column:
+   "model.mps:12:5: ...". Files named *.gz are gzip files; readers also take
+   gzip data under any name. Read codes: QRN_RES_ERR_READ_* (1900-1908),
+   QRN_RES_ERR_GZIP, QRN_RES_ERR_FILE_OPEN, and the code of any data the task
+   refuses.
+   Writers refuse a task that the format would not carry in full, before
+   writing anything, with the QRN_RES_ERR_WRITE_LOSES_* code naming what would
+   be lost (names, quadratic terms, cones, bounds, integer types, numbers).
+   With QRN_IPAR_OUTPUT_NAMES off, names are replaced on purpose by generated
+   ones (QRN_SPAR_NAME_PREFIX_*, then the index) and never count as lost.
+   Unnamed items get the same generated names in formats that need a name
+   for every item (MPS, LP). Numbers are written in the shortest text that
+   reads back to the same double (QRN_IPAR_OUTPUT_PRECISION below 17 rounds
+   them on purpose). The information items QRN_*INF_READ_* and *_WRITE_* are
+   set by every successful read and write. */
+QRN_API qrn_rescode QRN_CALL QRN_writedata(qrn_task_t task, const char *filename);
+/* Format and compression selectors: qrn_dataformat_e and qrn_compress_e. For
+   reading, QRN_COMPRESS_NONE still accepts gzip data. */
+QRN_API qrn_rescode QRN_CALL QRN_readdataformat(qrn_task_t task, const char *filename, qrn_int32 format,
+                                                qrn_int32 compress);
+/* Format from the file name (and QRN_IPAR_INPUT_FORMAT when that is not
+   QRN_DATA_FORMAT_EXTENSION). */
+QRN_API qrn_rescode QRN_CALL QRN_readdataautoformat(qrn_task_t task, const char *filename);
+/* The binary task file (QRN_DATA_FORMAT_TASK) whatever the file's name;
+   compressed when the name ends in .gz. */
+QRN_API qrn_rescode QRN_CALL QRN_readtask(qrn_task_t task, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_writetask(qrn_task_t task, const char *filename);
+/* A problem given as text in one of the text formats. */
+QRN_API qrn_rescode QRN_CALL QRN_readopfstring(qrn_task_t task, const char *data);
+QRN_API qrn_rescode QRN_CALL QRN_readlpstring(qrn_task_t task, const char *data);
+QRN_API qrn_rescode QRN_CALL QRN_readjsonstring(qrn_task_t task, const char *data);
+QRN_API qrn_rescode QRN_CALL QRN_readptfstring(qrn_task_t task, const char *data);
+/* Any text format as a string (format: qrn_dataformat_e, not EXTENSION or TASK). */
+QRN_API qrn_rescode QRN_CALL QRN_readdatastring(qrn_task_t task, const char *data, qrn_int32 format);
+
+/* Parameter files: one "NAME VALUE" per line, NAME a parameter's full name
+   (QRN_DPAR_OPT_TOL), VALUE as QRN_putparam reads it; a string value that is
+   empty or has blanks at its ends is written in double quotes ("\"" and "\\"
+   inside). '#' starts a comment; blank lines are ignored. The file is checked
+   whole before any parameter changes: an unknown name is
+   QRN_RES_ERR_PARAM_NAME, a bad value QRN_RES_ERR_PARAM_VALUE, a line that is
+   not NAME VALUE QRN_RES_ERR_READ_SYNTAX, each with the line in the message.
+   writeparamfile writes every parameter. */
+QRN_API qrn_rescode QRN_CALL QRN_readparamfile(qrn_task_t task, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_writeparamfile(qrn_task_t task, const char *filename);
+
+/* Solution files (docs/formats/solution.md). whichsol is a qrn_soltype_e
+   (else QRN_RES_ERR_SOL_ITEM). writesolution writes one defined solution
+   (QRN_RES_ERR_SOL_UNDEFINED otherwise) as text; readsolution reads such a text
+   into whichsol, which becomes defined: its items must match the task's
+   sizes (QRN_RES_ERR_SOL_SIZE), by name where the file has names.
+   writesolutionfile/readsolutionfile write and read every defined solution in
+   one text file; writejsonsol/readjsonsol the same as JSON. A failed read
+   leaves the solutions as they were. */
+QRN_API qrn_rescode QRN_CALL QRN_readsolution(qrn_task_t task, qrn_int32 whichsol, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_writesolution(qrn_task_t task, qrn_int32 whichsol, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_readsolutionfile(qrn_task_t task, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_writesolutionfile(qrn_task_t task, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_readjsonsol(qrn_task_t task, const char *filename);
+QRN_API qrn_rescode QRN_CALL QRN_writejsonsol(qrn_task_t task, const char *filename);
+/* Basis files (the MPS basis format: XU, XL, UL, LL lines) of the basic
+   solution; compress is a qrn_compress_e. readbsolution makes the basic
+   solution defined, with the keys read and each non-basic variable at its
+   bound (basic ones 0), status unknown. */
+QRN_API qrn_rescode QRN_CALL QRN_readbsolution(qrn_task_t task, const char *filename, qrn_int32 compress);
+QRN_API qrn_rescode QRN_CALL QRN_writebsolution(qrn_task_t task, const char *filename, qrn_int32 compress);
+
+/* Reports, written to stream whichstream (0..3, else QRN_RES_ERR_STREAM).
+   readsummary: what the last successful read found (file, format, sizes,
+   time). analyzeproblem: sizes, kinds of bounds, ranges of the coefficients of
+   A, c, bounds and quadratic terms, and warnings about possible numerical
+   trouble (very large or small magnitudes, wide ranges, empty rows and
+   columns). solutionsummary: every defined solution (onesolutionsummary: the
+   one whichsol names): statuses, objective values and largest violations.
+   optimizersummary: the information items of the last optimization. */
+QRN_API qrn_rescode QRN_CALL QRN_readsummary(qrn_task_t task, qrn_int32 whichstream);
+QRN_API qrn_rescode QRN_CALL QRN_analyzeproblem(qrn_task_t task, qrn_int32 whichstream);
+QRN_API qrn_rescode QRN_CALL QRN_solutionsummary(qrn_task_t task, qrn_int32 whichstream);
+QRN_API qrn_rescode QRN_CALL QRN_onesolutionsummary(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
+QRN_API qrn_rescode QRN_CALL QRN_optimizersummary(qrn_task_t task, qrn_int32 whichstream);
+
+/* Copies everything written to the task's stream whichstream into filename as
+   well: append != 0 appends to the file, append == 0 empties it first. An
+   empty filename unlinks the stream's file. The file is closed when it is
+   replaced or unlinked, or the task is deleted. */
+QRN_API qrn_rescode QRN_CALL QRN_linkfiletotaskstream(qrn_task_t task, qrn_int32 whichstream,
+                                                      const char *filename, qrn_int32 append);
+/* Memory held by the task: *meminuse the bytes its containers hold now (an
+   estimate from their capacities), *maxmemuse the largest such figure seen at
+   any measurement (every read, write and call of these two functions).
+   checkmemtask writes both, with file and line as given by the caller, to the
+   message stream. */
+QRN_API qrn_rescode QRN_CALL QRN_getmemusagetask(qrn_task_t task, qrn_int64 *meminuse, qrn_int64 *maxmemuse);
+QRN_API qrn_rescode QRN_CALL QRN_checkmemtask(qrn_task_t task, const char *file, qrn_int32 line);
 
 #ifdef __cplusplus
 }

@@ -346,18 +346,18 @@ TEST(text_writer_output) {
   CHECK_EQ(r.text,
            "qrntext 1\n"
            "task \"\"\n"
-           "objective maximize \"\" 0.10000000000000001\n"
+           "objective maximize \"\" 0.1\n"
            "coefficients 1\n"
            "2 -3\n"
            "constraints 2\n"
            "0 \"\" ranged -1 2.5\n"
-           "1 \"\" upper -inf 9.9999999999999995e-08\n"
+           "1 \"\" upper -inf 1e-07\n"
            "variables 3\n"
            "0 \"\" continuous lower 0 +inf\n"
            "1 \"\" integer free -inf +inf\n"
            "2 \"\" continuous free -inf +inf\n"
            "matrix 2\n"
-           "1 0 0.33333333333333331\n"
+           "1 0 0.3333333333333333\n"
            "0 2 4\n"
            "qobjective 1\n"
            "1 0 2\n"
@@ -386,7 +386,7 @@ TEST(text_writer_chunks_and_failures) {
   CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, QRN_DATA_FORMAT_EXTENSION, QRN_COMPRESS_NONE),
            QRN_RES_ERR_DATA_FORMAT);
   CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, 99, QRN_COMPRESS_NONE), QRN_RES_ERR_DATA_FORMAT);
-  CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, QRN_DATA_FORMAT_TEXT, 1), QRN_RES_ERR_COMPRESSION);
+  CHECK_EQ(QRN_writedatahandle(t, Received::take, &r, QRN_DATA_FORMAT_TEXT, 7), QRN_RES_ERR_COMPRESSION);
 }
 
 TEST(text_writer_quotes_names) {

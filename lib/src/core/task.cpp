@@ -14,6 +14,51 @@ namespace qrn {
 void Streams::write(int which, const std::string &text) const {
   if (which < 0 || which > 3) return;
   if (fn[which] != nullptr) fn[which](handle[which], text.c_str());
+  if (file[which] != nullptr) {
+    std::fputs(text.c_str(), file[which].get());
+    std::fflush(file[which].get());
+  }
+}
+
+// Every member of Task is listed here, exchanged or deliberately kept.
+void swap_task_data(Task &a, Task &b) {
+  using std::swap;
+  // kept: env, holds_env, streams, callback, callback_handle, last
+  swap(a.numcon, b.numcon);
+  swap(a.numvar, b.numvar);
+  swap(a.maxnumcon, b.maxnumcon);
+  swap(a.maxnumvar, b.maxnumvar);
+  swap(a.a, b.a);
+  swap(a.conbound, b.conbound);
+  swap(a.varbound, b.varbound);
+  swap(a.c, b.c);
+  swap(a.cfix, b.cfix);
+  swap(a.sense, b.sense);
+  swap(a.vartype, b.vartype);
+  swap(a.numintvar, b.numintvar);
+  swap(a.qobj, b.qobj);
+  swap(a.qcon, b.qcon);
+  swap(a.maxnumqnz, b.maxnumqnz);
+  swap(a.cones, b.cones);
+  swap(a.var_cone, b.var_cone);
+  swap(a.maxnumcone, b.maxnumcone);
+  swap(a.connames, b.connames);
+  swap(a.varnames, b.varnames);
+  swap(a.conenames, b.conenames);
+  swap(a.conic, b.conic);
+  swap(a.sdp, b.sdp);
+  swap(a.domnames, b.domnames);
+  swap(a.accnames, b.accnames);
+  swap(a.djcnames, b.djcnames);
+  swap(a.barvarnames, b.barvarnames);
+  swap(a.objname, b.objname);
+  swap(a.taskname, b.taskname);
+  swap(a.par, b.par);
+  swap(a.info, b.info);
+  swap(a.sol, b.sol);
+  swap(a.basis_factor, b.basis_factor);
+  swap(a.read_source, b.read_source);
+  swap(a.mem_peak, b.mem_peak);
 }
 
 void Env::write(int which, const std::string &text) {
@@ -336,6 +381,22 @@ QRN_API qrn_rescode QRN_CALL QRN_linkfunctotaskstream(qrn_task_t task, qrn_int32
       fail(QRN_RES_ERR_STREAM, "Stream " + std::to_string(whichstream) + " is not one of 0..3.");
     t.streams.fn[whichstream] = func;
     t.streams.handle[whichstream] = handle;
+  });
+}
+
+QRN_API qrn_rescode QRN_CALL QRN_linkfiletotaskstream(qrn_task_t task, qrn_int32 whichstream, const char *filename,
+                                                      qrn_int32 append) {
+  return api(task, "QRN_linkfiletotaskstream", [&](Task &t) {
+    if (whichstream < 0 || whichstream > 3)
+      fail(QRN_RES_ERR_STREAM, "Stream " + std::to_string(whichstream) + " is not one of 0..3.");
+    if (filename == nullptr) fail(QRN_RES_ERR_NULL_POINTER, "Argument filename is null.");
+    if (*filename == '\0') {
+      t.streams.file[whichstream].reset();
+      return;
+    }
+    std::FILE *f = std::fopen(filename, append != 0 ? "a" : "w");
+    if (f == nullptr) fail(QRN_RES_ERR_FILE_OPEN, std::string("Cannot open \"") + filename + "\" for writing.");
+    t.streams.file[whichstream] = std::shared_ptr<std::FILE>(f, [](std::FILE *p) { std::fclose(p); });
   });
 }
 

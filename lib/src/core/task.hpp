@@ -24,9 +24,11 @@
 namespace qrn {
 
 // The four output streams of an environment or a task.
+// Each stream may also copy its text into a file (QRN_linkfiletotaskstream).
 struct Streams {
   std::array<qrn_stream_fn, 4> fn{};
   std::array<void *, 4> handle{};
+  std::array<std::shared_ptr<std::FILE>, 4> file{};
   void write(int which, const std::string &text) const;
 };
 
@@ -165,6 +167,9 @@ struct Task {
   // The factor made by QRN_initbasissolve (shared by copies: never changed).
   std::shared_ptr<const BasisFactor> basis_factor;
 
+  std::string read_source;  // file name (or "<string>") of the last problem read
+  qrn_int64 mem_peak = 0;   // largest memory figure measured (QRN_getmemusagetask)
+
   void write(int which, const std::string &text) const;
   // Calls the registered callback with the task's information items; true
   // when it asks to stop.
@@ -178,6 +183,10 @@ struct Task {
   void remove_vars(const std::vector<bool> &remove);
   void remove_cones(const std::vector<bool> &remove);
 };
+
+// Exchanges everything two tasks hold except their environment, streams,
+// callback and last error: readers fill a scratch task and swap it in whole.
+void swap_task_data(Task &a, Task &b);
 
 }  // namespace qrn
 
