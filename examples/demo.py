@@ -1,6 +1,6 @@
-"""A first tour of _qrn: state a small linear problem, read it back, write it as text.
+"""A first tour of _qrn: state a small linear problem, read it back, write it as text, solve it.
 
-    minimize    2 x0 + 3 x1 - x2 + 0.5
+    minimize    2 x0 + 3 x1 - x2 + 0.5          (optimum: x = (0, 1/2, 11/6), objective 1/6)
     subject to  c0:  1 <=  x0 + 2 x1
                 c1:  2 <=  x0 +   x1 + 3 x2  <= 6
                 x0 >= 0,   0 <= x1 <= 3,   x2 <= 5
@@ -76,13 +76,26 @@ def write_text(task):
     print("The problem in the library's text format:\n" + stream.getvalue().decode(), end="")
 
 
+SOL_BAS = 1  # the basic solution, which the simplex optimizer gives
+SOLSTA = {0: "unknown", 1: "optimal", 2: "primal feasible", 3: "dual feasible", 4: "primal and dual feasible",
+          5: "primal infeasibility certificate", 6: "dual infeasibility certificate", 9: "integer optimal"}
+
+
 def solve(task):
-    if not hasattr(task, "optimizetrm__1"):  # the optimizer is still to come
-        print("The optimizer is not available in this build yet: not solving.")
-        return
+    task.remove_Stream(0)  # the optimizer log stays quiet here; examples/optimize.py shows it
     trm = ok(task, "optimizetrm", task.optimizetrm__1())
-    print(f"optimizer finished, termination code {trm}")
-    ok(task, "optimizersummary", task.optimizersummary_i_2(STREAM_MSG))
+    print(f"optimizer finished, termination code {trm} ({'normal' if trm == 0 else 'see lib/include/quarn.h'})")
+    # The whole basic solution in one call: statuses in the payload, vectors in the bytearrays.
+    arrays = [bytearray() for _ in range(11)]
+    prosta, solsta = ok(task, "getsolution", task.getsolution_iOOOOOOOOOOO_2(SOL_BAS, *arrays))
+    skc, skx, skn, xc, xx, y, slc, suc, slx, sux, snx = arrays
+    print(f"solution status: {SOLSTA.get(solsta, solsta)}")
+    print(f"  x = {[round(v, 9) for v in memoryview(xx).cast('d')]}")
+    print(f"  constraint activities = {[round(v, 9) for v in memoryview(xc).cast('d')]}")
+    print(f"  duals y = {[round(v, 9) for v in memoryview(y).cast('d')]}")
+    print(f"  objective = {ok(task, 'getprimalobj', task.getprimalobj_i_2(SOL_BAS))}"
+          f" (dual objective {ok(task, 'getdualobj', task.getdualobj_i_2(SOL_BAS))})")
+    ok(task, "solutionsummary", task.solutionsummary_i_2(STREAM_MSG))
 
 
 if __name__ == "__main__":

@@ -1,8 +1,8 @@
 """Optimization through _qrn: statuses, MIP, QP, callbacks, the log, the
 analyses (basis, sensitivity, repair, infeasible subproblem) and threads.
 
-Solutions are read back through the information items (the summary values
-of each stored solution)."""
+Most statuses are read back through the information items (the summary values
+of each stored solution); the last tests read whole solutions."""
 import pathlib
 import re
 import threading
@@ -307,3 +307,52 @@ def test_two_threads_optimize_two_tasks_at_once(env):
         assert r == (0, 0)
         assert dinf(t, "BASIC_PRIMAL_OBJ") == pytest.approx(e)
         t.dispose()
+
+
+# ---- solutions read back through the solution methods ---------------------------------
+
+def vectors(task, which):
+    arrays = [bytearray() for _ in range(11)]
+    code, (prosta, solsta) = task.getsolution_iOOOOOOOOOOO_2(which, *arrays)
+    assert code == 0
+    keys = {k: ints(b) for k, b in zip(("skc", "skx", "skn"), arrays[:3])}
+    vals = {k: doubles(b) for k, b in zip(("xc", "xx", "y", "slc", "suc", "slx", "sux", "snx"), arrays[3:])}
+    return prosta, solsta, keys, vals
+
+
+def test_optimal_lp_solution_satisfies_its_optimality_conditions(task):
+    small_lp(task)
+    assert optimize(task) == 0
+    prosta, solsta, keys, v = vectors(task, c("SOL_BAS"))
+    assert (prosta, solsta) == (c("PRO_STA_PRIM_AND_DUAL_FEAS"), c("SOL_STA_OPTIMAL"))
+    assert v["xx"] == pytest.approx([3, 1, 0]) and v["xc"] == pytest.approx([4, 6])
+    assert keys["skx"][0] == c("SK_AT_UPPER") and keys["skx"][1] == c("SK_BASIS")
+    A, cost = [[1, 1, 1], [1, 3, 0]], [-3, -2, 1]
+    # y = slc - suc and c - A'y - slx + sux = 0, with every multiplier >= 0
+    assert [a - b for a, b in zip(v["slc"], v["suc"])] == pytest.approx(v["y"])
+    for j in range(3):
+        residual = cost[j] - sum(A[i][j] * v["y"][i] for i in range(2)) - v["slx"][j] + v["sux"][j]
+        assert residual == pytest.approx(0, abs=1e-9)
+    assert min(v["slc"] + v["suc"] + v["slx"] + v["sux"]) >= -1e-9
+    assert task.getprimalobj_i_2(c("SOL_BAS")) == (0, pytest.approx(-11))
+    redcosts = bytearray()
+    assert task.getreducedcosts_iiiO_4(c("SOL_BAS"), 0, 3, redcosts) == (0, None)
+    assert doubles(redcosts) == pytest.approx([a - b for a, b in zip(v["slx"], v["sux"])])
+    # changing the problem keeps the values but forgets what they meant
+    task.appendcons_i_2(1)
+    assert task.getsolsta_i_2(c("SOL_BAS")) == (0, c("SOL_STA_UNKNOWN"))
+
+
+def test_farkas_certificate_read_back_verifies(task):
+    infeasible_lp(task)
+    assert optimize(task) == 0
+    _, solsta, _, v = vectors(task, c("SOL_BAS"))
+    assert solsta == c("SOL_STA_PRIM_INFEAS_CER")
+    # A'y = slx - sux, and the dual value of the bounds is positive
+    y, slx, sux = v["y"], v["slx"], v["sux"]
+    for j in range(2):
+        assert y[0] + y[1] == pytest.approx(slx[j] - sux[j], abs=1e-9)
+    lc, uc, lx, ux = [5, -INF], [INF, 3], [0, 0], [10, 10]
+    value = (sum(s * b for s, b in zip(v["slc"], lc) if s) - sum(s * b for s, b in zip(v["suc"], uc) if s)
+             + sum(s * b for s, b in zip(slx, lx)) - sum(s * b for s, b in zip(sux, ux)))
+    assert value > 1e-9
