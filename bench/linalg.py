@@ -48,19 +48,19 @@ NO, YES, LO = 0, 1, 0
 
 def ensure_packages(install):
     missing = []
-    for module, spec in BENCH_PACKAGES.items():
+    for module, requirement in BENCH_PACKAGES.items():
         try:
             importlib.import_module(module)
         except ImportError:
-            missing.append((module, spec))
-    for module, spec in missing:
+            missing.append((module, requirement))
+    for module, requirement in missing:
         if not install:
             continue
-        print("installing %s (benchmark only) ..." % spec, flush=True)
-        done = subprocess.run([sys.executable, "-m", "pip", "install", "-q", spec],
+        print("installing %s (benchmark only) ..." % requirement, flush=True)
+        done = subprocess.run([sys.executable, "-m", "pip", "install", "-q", requirement],
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         if done.returncode != 0:
-            print("  could not install %s; its comparisons are skipped" % spec)
+            print("  could not install %s; its comparisons are skipped" % requirement)
     importlib.invalidate_caches()
 
 
