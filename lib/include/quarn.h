@@ -157,6 +157,9 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_NOT_INFEASIBLE, 2116, "The problem is feasible: there is no infeasible subproblem.")               \
   X(QRN_RES_ERR_REPAIR_WEIGHT, 2117, "A repair weight is NaN.")                                                    \
   X(QRN_RES_ERR_REPAIR_FAILED, 2118, "The relaxed problem could not be made feasible.")                            \
+  X(QRN_RES_ERR_OPT_DJC, 2150, "Disjunctive constraints are not supported by the conic optimizer.")             \
+  X(QRN_RES_ERR_OPT_QCON_NONCONVEX, 2151, "A quadratic constraint is not convex.")                                \
+  X(QRN_RES_ERR_OPT_INT_CONIC, 2152, "Integer variables with conic data or quadratic constraints are not supported.") \
   X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.")      \
   X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.")         \
   X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")                      \
