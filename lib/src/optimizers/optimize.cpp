@@ -539,7 +539,11 @@ qrn_rescode optimize(Task &t) {
     fail(QRN_RES_ERR_OPT_COMBINATION, "A quadratic objective needs the interior-point method (IPM or AUTO).");
 
   const bool presolve = t.par.integer[QRN_IPAR_PRESOLVE] == QRN_ON;
-  const bool engine = !mip && conic;
+  // The conic interior-point optimizer takes every continuous problem that
+  // goes to an interior-point method: conic and quadratically constrained
+  // ones, and linear and quadratic ones when IPM (or, for a quadratic
+  // objective, AUTO) is chosen (docs/conic-optimizer.md says why).
+  const bool engine = !mip && (conic || p.quadratic() || alg == QRN_ALGORITHM_IPM);
   // The conic form is made before anything changes: its refusals (disjunctive
   // constraints, a quadratic constraint that is not convex) leave the task as it was.
   ConicForm form;
