@@ -227,7 +227,8 @@ def infeasible(rng, family, size):
     y = np.concatenate([interior(rng, k, d, a, True) for k, d, a in cones])
     A = A - np.outer(y, y @ A) / (y @ y)
     b = b - (b @ y + 1) * y / (y @ y)
-    return cones, None, c, A, b
+    z0 = np.concatenate([interior(rng, k, d, a, True) for k, d, a in cones])
+    return cones, None, -(A.T @ z0), A, b  # the dual stays feasible
 
 
 def unbounded(rng, family, size):
@@ -333,7 +334,12 @@ def clarabel_solve(inst):
     st = clarabel.DefaultSettings()
     st.verbose = False
     st.tol_gap_abs = st.tol_gap_rel = st.tol_feas = 1e-10
-    sol = clarabel.DefaultSolver(Pc, np.asarray(c, float), sp.csc_matrix(Ac), bc, kc, st).solve()
+    try:
+        sol = clarabel.DefaultSolver(Pc, np.asarray(c, float), sp.csc_matrix(Ac), bc, kc, st).solve()
+    except BaseException as e:  # a panic of the Rust code arrives as BaseException
+        if isinstance(e, (KeyboardInterrupt, SystemExit)):
+            raise
+        return "oracle failed", math.nan
     return str(sol.status), sol.obj_val
 
 

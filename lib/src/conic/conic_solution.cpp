@@ -77,9 +77,15 @@ void acc_activity(const Task &t, const Solution &s, qrn_int64 k, double *out) {
 
 namespace {
 
+// A dual infeasibility certificate (a ray) is measured on the homogeneous
+// problem: its activity leaves out g and b.
 double acc_pviol(const Task &t, const Solution &s, qrn_int64 k) {
   std::vector<double> x(t.conic.accs[k].afe.size());
   acc_activity(t, s, k, x.data());
+  if (s.solsta == QRN_SOL_STA_DUAL_INFEAS_CER) {
+    const Acc &acc = t.conic.accs[k];
+    for (size_t i = 0; i < x.size(); ++i) x[i] -= t.conic.afe.g[acc.afe[i]] - acc.b[i];
+  }
   return domain_violation(t.conic.domains[t.conic.accs[k].dom], x.data(), false);
 }
 

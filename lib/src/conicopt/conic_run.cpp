@@ -25,7 +25,9 @@ ipm::Settings conic_settings(const Task &t, const Run &run) {
   st.tol_feas = std::min(t.par.dou[QRN_DPAR_PRIMAL_FEAS_TOL], t.par.dou[QRN_DPAR_DUAL_FEAS_TOL]);
   st.tol_gap_rel = t.par.dou[QRN_DPAR_OPT_TOL];
   st.tol_gap_abs = t.par.dou[QRN_DPAR_OPT_TOL];
-  st.tol_infeas = t.par.dou[QRN_DPAR_INFEAS_TOL];
+  // The engine measures a certificate relative to its objective (-b'y = 1), the
+  // parameter absolutely: the engine gets 100 times the parameter (1e-8 by default).
+  st.tol_infeas = 100.0 * t.par.dou[QRN_DPAR_INFEAS_TOL];
   st.max_iter = t.par.integer[QRN_IPAR_IPM_MAX_ITER];
   st.step_fraction = t.par.dou[QRN_DPAR_IPM_STEP_FRACTION];
   st.equilibrate = t.par.integer[QRN_IPAR_SCALING] != QRN_SCALING_NONE;

@@ -79,6 +79,9 @@ ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run);
 // The engine's settings from the task's parameters and the run's limits.
 ipm::Settings conic_settings(const Task &t, const Run &run);
 
+// QRN_toconic (documented in quarn.h).
+void toconic(Task &t);
+
 // A convex quadratic form 1/2 x'Qx (lower triplets over variables) as
 // 1/2 ||F x||^2: rows of F over the variables. Returns false when Q has an
 // eigenvalue below -tol * max(1, max |Q_ij|) (not convex).

@@ -459,14 +459,27 @@ void run_barrier(const Problem &p, Run &run, bool crossover, Outcome &out) {
 
 // The conic interior-point optimizer (lib/src/conicopt): conic, semidefinite
 // and quadratically constrained problems.
-void run_conic(const Problem &p, const ConicForm &f, Run &run, Outcome &out) {
+// basic: a linear problem whose basic solution is wanted after an optimum
+// (QRN_IPAR_CROSSOVER): it comes from a dual simplex run.
+void run_conic(const Problem &p, const ConicForm &f, Run &run, bool basic, bool presolve, Outcome &out) {
   if (run.callback(QRN_CALLBACK_BEGIN_BARRIER)) return;
   if (f.removed_cols > 0 || f.removed_rows > 0)
     run.log(format("Presolve              : %d fixed variables and %d empty rows removed", f.removed_cols,
                    f.removed_rows));
   ConicOutcome r = conic_solve(p, f, run);
+  const bool optimal = r.sol.solsta == QRN_SOL_STA_OPTIMAL;
   out.sol[QRN_SOL_ITR] = std::move(r.sol);
-  run.callback(QRN_CALLBACK_END_BARRIER);
+  if (run.callback(QRN_CALLBACK_END_BARRIER)) return;
+  if (basic && optimal) {
+    if (run.callback(QRN_CALLBACK_BEGIN_CROSSOVER)) return;
+    const double t0 = run.elapsed();
+    LpResult spx = simplex(p, run, false, presolve);
+    iinf(run.task, QRN_IINF_CROSSOVER_PRIMAL_ITER) = spx.iterations;
+    dinf(run.task, QRN_DINF_TIME_CROSSOVER) = run.elapsed() - t0;
+    Solution b = from_simplex(p, run, spx);
+    if (b.solsta == QRN_SOL_STA_OPTIMAL) out.sol[QRN_SOL_BAS] = std::move(b);
+    run.callback(QRN_CALLBACK_END_CROSSOVER);
+  }
 }
 
 void run_mip(const Problem &p, Run &run, Outcome &out) {
@@ -604,7 +617,7 @@ qrn_rescode optimize(Task &t) {
 
     Outcome out;
     if (!run.callback(QRN_CALLBACK_BEGIN)) {
-      if (engine) run_conic(p, form, run, out);
+      if (engine) run_conic(p, form, run, !conic && !p.quadratic() && crossover, presolve, out);
       else if (mip) run_mip(p, run, out);
       else if (ipm) run_barrier(p, run, crossover && !p.quadratic(), out);
       else run_simplex(p, run, primal, presolve, out);
