@@ -202,12 +202,14 @@ def family_cones(rng, family, size):
     raise ValueError(family)
 
 
-def instance(rng, family, size):
+def instance(rng, family, size, density=None):
     """(cones, P, c, A, b): b - A x in K solvable, with strictly feasible points planted."""
     cones = family_cones(rng, family, size)
     n = size
     m = sum(d for _, d, _ in cones)
-    A = rng.normal(size=(m, n)) * (rng.uniform(size=(m, n)) < min(1.0, 4.0 / n + 0.1))
+    if density is None:
+        density = min(1.0, 4.0 / n + 0.1)
+    A = rng.normal(size=(m, n)) * (rng.uniform(size=(m, n)) < density)
     A[np.arange(min(m, n)), np.arange(min(m, n))] += 1.0
     x0 = rng.normal(size=n)
     s0 = np.concatenate([interior(rng, k, d, a, False) for k, d, a in cones])

@@ -467,6 +467,16 @@ void run_conic(const Problem &p, const ConicForm &f, Run &run, bool basic, bool 
     run.log(format("Presolve              : %d fixed variables and %d empty rows removed", f.removed_cols,
                    f.removed_rows));
   ConicOutcome r = conic_solve(p, f, run);
+  const bool cert = r.sol.solsta == QRN_SOL_STA_PRIM_INFEAS_CER || r.sol.solsta == QRN_SOL_STA_DUAL_INFEAS_CER;
+  if (cert && p.numcone == 0 && p.numconic == 0 && p.numqcnz == 0 && !run.stop_requested()) {
+    // A linear or quadratic problem: the engine's certificate (exact to its
+    // tolerance) is replaced by an exact one from the certificate LPs, whose
+    // identities hold to rounding and whose zero entries are zeros.
+    LpResult none;
+    none.status = LpResult::failed;
+    Solution exact;
+    if (certify(p, run, none, exact) && exact.solsta == r.sol.solsta) r.sol = std::move(exact);
+  }
   const bool optimal = r.sol.solsta == QRN_SOL_STA_OPTIMAL;
   out.sol[QRN_SOL_ITR] = std::move(r.sol);
   if (run.callback(QRN_CALLBACK_END_BARRIER)) return;
