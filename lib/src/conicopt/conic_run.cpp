@@ -63,7 +63,9 @@ ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run) {
   auto log = [&](const std::string &line) {
     ++lines;
     const bool iteration = lines > 2 && !line.empty() && std::isdigit(static_cast<unsigned char>(line[0]));
-    if (!iteration) run.log(line);
+    static const std::string ended = "Optimizer terminated: ";
+    if (line.compare(0, ended.size(), ended) == 0) run.log("Interior-point optimizer ended: " + line.substr(ended.size()));
+    else if (!iteration) run.log(line);
     else if (lines == 3 || run.log_due()) run.log(line);
   };
 
