@@ -174,6 +174,9 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_NOT_INFEASIBLE, 2116, "The problem is feasible: there is no infeasible subproblem.")               \
   X(QRN_RES_ERR_REPAIR_WEIGHT, 2117, "A repair weight is NaN.")                                                    \
   X(QRN_RES_ERR_REPAIR_FAILED, 2118, "The relaxed problem could not be made feasible.")                            \
+  X(QRN_RES_ERR_OPT_DJC, 2150, "Disjunctive constraints are not supported by the conic optimizer.")             \
+  X(QRN_RES_ERR_OPT_QCON_NONCONVEX, 2151, "A quadratic constraint is not convex.")                                \
+  X(QRN_RES_ERR_OPT_INT_CONIC, 2152, "Integer variables with conic data or quadratic constraints are not supported.") \
   X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.")      \
   X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.")         \
   X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")                      \
@@ -2178,9 +2181,12 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
      - integer variables, or QRN_ALGORITHM_MIXED_INT: the mixed-integer
        optimizer (branch and cut; relaxations by simplex), integer solution
        (QRN_SOL_ITG); with IPM it is refused (QRN_RES_ERR_OPT_COMBINATION).
-   Refused before anything runs, leaving the task as it was: quadratic
-   constraint terms (QRN_RES_ERR_OPT_QCON), cones (QRN_RES_ERR_OPT_CONES),
-   integer variables with a quadratic objective (QRN_RES_ERR_OPT_MIQP).
+     - conic, semidefinite and quadratically constrained problems: the conic
+       interior-point optimizer below (which also takes linear and quadratic
+       problems when IPM is chosen, and quadratic ones under AUTO).
+   Refused before anything runs, leaving the task as it was: integer
+   variables with a quadratic objective (QRN_RES_ERR_OPT_MIQP) and the
+   refusals of the conic optimizer below.
    Dual values follow one identity for both senses:
        c + Q xx - A' y - slx + sux = 0,   y = slc - suc,
    with slc, suc, slx, sux >= 0 when minimizing and <= 0 when maximizing; the
@@ -2204,6 +2210,64 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
    integer solution found, if any). The log stream receives a header, the
    iteration lines and a summary (nothing at QRN_IPAR_LOG_LEVEL 0). */
 QRN_API qrn_rescode QRN_CALL QRN_optimizetrm(qrn_task_t task, qrn_int32 *trmcode);
+
+/* ---- The conic interior-point optimizer ------------------------------------
+   Conic problems (cones, ACCs, semidefinite variables), quadratically
+   constrained ones, and linear and quadratic problems for which the
+   interior-point method is chosen (QRN_IPAR_ALGORITHM IPM, or AUTO with a
+   quadratic objective) are solved by the library's own homogeneous
+   primal-dual interior-point optimizer (docs/conic-optimizer.md). It fills
+   the interior solution (QRN_SOL_ITR) only: xx, xc, barx; y, slc, suc, slx,
+   sux, snx, doty, bars. Its duals follow the Lagrangian above extended by
+   the conic terms: with ACC k requiring  F x + barF(barX) + g - b in D_k,
+     c + Q xx - A'y - sum_i y_i Q_i xx - slx + sux - snx - F'doty = 0,
+     barC_j - sum_i y_i barA_ij - sum_r doty_r barF_rj - barS_j = 0,
+   doty in D* (the dual cone of each ACC's domain) and barS_j positive
+   semidefinite when minimizing, -doty in D* and -barS_j PSD when
+   maximizing; the dual objective adds -doty'(g - b). A quadratic constraint
+   is stated as a rotated quadratic cone: y_i is its multiplier, as for a
+   linear row (<= 0 for an upper bound when minimizing).
+   Statuses: optimal (PRIM_AND_DUAL_FEAS, OPTIMAL); a primal infeasibility
+   certificate (PRIM_INFEAS, PRIM_INFEAS_CER): the duals satisfy both
+   stationarity rows with c, Q, barC taken as 0 and the dual objective (bound
+   terms - doty'(g - b)) is positive (negative when maximizing); a dual
+   infeasibility certificate (DUAL_INFEAS, DUAL_INFEAS_CER): xx, barx form a
+   ray (every constraint and cone holds with b, g and finite bounds taken as
+   0) with c'xx + <barC, barx> < 0 (> 0 when maximizing); otherwise both
+   statuses unknown, the termination code saying why (QRN_RES_TRM_MAX_ITERATIONS,
+   _MAX_TIME, _USER_CALLBACK, _NUMERICAL_PROBLEM).
+   Refused before anything changes: disjunctive constraints
+   (QRN_RES_ERR_OPT_DJC), a quadratic constraint that is not convex (a
+   non-zero Q_i with two finite bounds, Q_i not PSD under an upper bound or
+   not NSD under a lower one: QRN_RES_ERR_OPT_QCON_NONCONVEX), integer
+   variables together with conic data or quadratic constraints
+   (QRN_RES_ERR_OPT_INT_CONIC), and a simplex choice of QRN_IPAR_ALGORITHM
+   (QRN_RES_ERR_OPT_COMBINATION).
+   Parameters: QRN_DPAR_PRIMAL_FEAS_TOL and DUAL_FEAS_TOL (relative
+   residuals), OPT_TOL (relative and absolute gap), INFEAS_TOL
+   (certificates), IPM_STEP_FRACTION, IPM_MAX_ITER, TIME_LIMIT, SCALING
+   (NONE turns the equilibration off), PRESOLVE (removes fixed variables
+   and empty linear rows that hold), CHECK_CONVEXITY and CONVEXITY_TOL (the
+   objective; quadratic constraints are always checked), LOG_LEVEL and
+   CALLBACK_INTERVAL. The callback receives QRN_CALLBACK_BEGIN_BARRIER,
+   QRN_CALLBACK_BARRIER_ITERATION with the QRN_DINF_IPM_* items live, and
+   QRN_CALLBACK_END_BARRIER. */
+
+/* Rewrites a quadratic objective and quadratic constraints into affine
+   conic constraints over rotated quadratic cones; the rewritten task has the
+   same optimum. Each term 1/2 x'Qx (Q = F'F convex, factored by its
+   eigenvalues) gets a new free variable t, appended after the existing
+   variables in the order objective, then constraints by index, and the ACC
+   (t, 1, F x) in the rotated quadratic cone (2 t >= ||F x||^2, appended with
+   new expressions and a new domain). The objective c'x + 1/2 x'Qx becomes
+   c'x + t (maximizing a concave one: c'x - t with F from -Q); constraint
+   a'x + 1/2 x'Q_i x <= uc becomes a'x + t <= uc, and a'x + 1/2 x'Q_i x >= lc
+   (Q_i NSD) becomes a'x - t >= lc; the quadratic terms are removed. A free
+   constraint just loses its terms. Refused without a change: a quadratic
+   objective that is not convex (concave) by more than QRN_DPAR_CONVEXITY_TOL
+   (QRN_RES_ERR_OPT_NONCONVEX), a quadratic constraint that is not convex
+   (QRN_RES_ERR_OPT_QCON_NONCONVEX). */
+QRN_API qrn_rescode QRN_CALL QRN_toconic(qrn_task_t task);
 
 /* Nothing is buffered: accepted for compatibility, it only checks the task. */
 QRN_API qrn_rescode QRN_CALL QRN_commitchanges(qrn_task_t task);

@@ -213,15 +213,26 @@ TEST(optimizer_refusals_leave_the_task_as_it_was) {
   CHECK_EQ(r, QRN_RES_ERR_OPT_COMBINATION);
   set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_AUTO);
   CHECK_EQ(QRN_putvartype(f.task, 1, QRN_VAR_TYPE_CONTINUOUS), QRN_RES_OK);
-  // quadratic constraint terms, cones
-  CHECK_EQ(QRN_putqconk(f.task, 0, 1, zero, zero, two), QRN_RES_OK);
+  // a quadratic constraint that is not convex (x0^2 with a negative sign under an upper bound)
+  CHECK_EQ(QRN_putqconk(f.task, 0, 1, zero, zero, minus), QRN_RES_OK);
   optimize(f.task, &r);
-  CHECK_EQ(r, QRN_RES_ERR_OPT_QCON);
+  CHECK_EQ(r, QRN_RES_ERR_OPT_QCON_NONCONVEX);
   CHECK_EQ(QRN_putqconk(f.task, 0, 0, nullptr, nullptr, nullptr), QRN_RES_OK);
+  // cones with integer variables, or with a simplex method
   const qrn_int32 members[] = {2, 1};
   CHECK_EQ(QRN_appendcone(f.task, QRN_CONE_QUAD, 0.0, 2, members), QRN_RES_OK);
+  CHECK_EQ(QRN_putvartype(f.task, 0, QRN_VAR_TYPE_INTEGER), QRN_RES_OK);
   optimize(f.task, &r);
-  CHECK_EQ(r, QRN_RES_ERR_OPT_CONES);
+  CHECK_EQ(r, QRN_RES_ERR_OPT_INT_CONIC);
+  CHECK_EQ(QRN_putvartype(f.task, 0, QRN_VAR_TYPE_CONTINUOUS), QRN_RES_OK);
+  set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_DUAL_SIMPLEX);
+  optimize(f.task, &r);
+  CHECK_EQ(r, QRN_RES_ERR_OPT_COMBINATION);
+  // disjunctive constraints
+  set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_AUTO);
+  CHECK_EQ(QRN_appenddjcs(f.task, 1), QRN_RES_OK);
+  optimize(f.task, &r);
+  CHECK_EQ(r, QRN_RES_ERR_OPT_DJC);
   CHECK_EQ(sol(f.task, QRN_SOL_BAS).solsta, QRN_SOL_STA_OPTIMAL);
   qrn_int32 calls = 0;
   QRN_getintinf(f.task, QRN_IINF_OPT_CALLS, &calls);

@@ -3,6 +3,7 @@
 // doty, and the solution summary with the conic measures.
 #include "conic.hpp"
 #include "semidefinite.hpp"
+#include "solutions.hpp"
 
 #include <algorithm>
 
@@ -76,15 +77,25 @@ void acc_activity(const Task &t, const Solution &s, qrn_int64 k, double *out) {
 
 namespace {
 
+// A dual infeasibility certificate (a ray) is measured on the homogeneous
+// problem: its activity leaves out g and b.
 double acc_pviol(const Task &t, const Solution &s, qrn_int64 k) {
   std::vector<double> x(t.conic.accs[k].afe.size());
   acc_activity(t, s, k, x.data());
+  if (s.solsta == QRN_SOL_STA_DUAL_INFEAS_CER) {
+    const Acc &acc = t.conic.accs[k];
+    for (size_t i = 0; i < x.size(); ++i) x[i] -= t.conic.afe.g[acc.afe[i]] - acc.b[i];
+  }
   return domain_violation(t.conic.domains[t.conic.accs[k].dom], x.data(), false);
 }
 
+// doty lies in the dual cone when minimizing, in its negative when maximizing
+// (the signs of slc, snx and the other duals).
 double acc_dviol(const Task &t, const Solution &s, qrn_int64 k) {
-  const double *y = s.doty.data() + t.conic.accstart[k];
-  return domain_violation(t.conic.domains[t.conic.accs[k].dom], y, true);
+  std::vector<double> y(s.doty.begin() + t.conic.accstart[k], s.doty.begin() + t.conic.accstart[k + 1]);
+  if (t.sense == QRN_OBJECTIVE_SENSE_MAXIMIZE)
+    for (double &v : y) v = -v;
+  return domain_violation(t.conic.domains[t.conic.accs[k].dom], y.data(), true);
 }
 
 double djc_pviol(const Task &t, const Solution &s, qrn_int64 k) {
@@ -117,8 +128,6 @@ void violations(Task &t, qrn_int32 whichsol, qrn_int64 num, const qrn_int64 *lis
   for (qrn_int64 k = 0; k < num; ++k) viol[k] = measure(s, list[k]);
 }
 
-// Interval [bl, bu] distance; keys leave unbounded sides at infinity.
-double outside_bounds(double x, const Bound &b) { return std::max({0.0, b.bl - x, x - b.bu}); }
 
 }  // namespace
 
@@ -259,100 +268,21 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
                                                     qrn_real *dviolvar, qrn_real *dviolbarvar, qrn_real *dviolcone,
                                                     qrn_real *dviolacc) {
   return api(task, "QRN_getsolutioninfonew", [&](Task &t) {
+    // Everything but the ACCs and DJCs is the summary of the solutions module
+    // (objectives with the conic and semidefinite terms, dual violations in
+    // the sense's signs).
+    const SolutionMeasures r = solution_measures(t, whichsol);
     Solution &s = conic_solution(t, whichsol);
-    auto vec = [](std::vector<double> &v, size_t n) { v.resize(n, 0.0); };
-    vec(s.xc, t.numcon), vec(s.y, t.numcon), vec(s.slc, t.numcon), vec(s.suc, t.numcon);
-    vec(s.slx, t.numvar), vec(s.sux, t.numvar), vec(s.snx, t.numvar);
-    qrn_task_t self = static_cast<qrn_task_s *>(&t);
-    const qrn_int32 m = t.numcon, n = t.numvar;
-
-    // Linear and quadratic data through the interface, so that this summary
-    // does not depend on how that data is stored.
-    std::vector<double> c(n), qx(n, 0.0);
-    double cfix = 0.0;
-    QRN_getc(self, c.data());
-    QRN_getcfix(self, &cfix);
-    qrn_int64 nq = 0;
-    QRN_getnumqobjnz64(self, &nq);
-    std::vector<qrn_int32> qi(nq), qj(nq);
-    std::vector<double> qv(nq);
-    QRN_getqobj64(self, nq, &nq, qi.data(), qj.data(), qv.data());
-    for (qrn_int64 k = 0; k < nq; ++k) {
-      qx[qi[k]] += qv[k] * s.xx[qj[k]];
-      if (qi[k] != qj[k]) qx[qj[k]] += qv[k] * s.xx[qi[k]];
-    }
-    double primal = cfix + barc_objective(t, s), dual = cfix;
-    for (qrn_int32 j = 0; j < n; ++j) primal += c[j] * s.xx[j] + 0.5 * qx[j] * s.xx[j];
-
-    std::vector<double> aty(n, 0.0);  // A'y
-    double vcon = 0.0, dcon = 0.0;
-    std::vector<qrn_int32> sub(n);
-    std::vector<double> val(n);
-    for (qrn_int32 i = 0; i < m; ++i) {
-      qrn_int32 nz = 0;
-      QRN_getarow(self, i, &nz, sub.data(), val.data());
-      double ax = 0.0;
-      for (qrn_int32 k = 0; k < nz; ++k) {
-        ax += val[k] * s.xx[sub[k]];
-        aty[sub[k]] += val[k] * s.y[i];
-      }
-      auto lo = t.sdp.bara.lower_bound(static_cast<qrn_int64>(i) << 31);
-      for (auto it = lo; it != t.sdp.bara.end() && (it->first >> 31) == i; ++it)
-        ax += inner(t.sdp, it->second, s.barx[it->first & INT32_MAX]);
-      Bound b;
-      QRN_getconbound(self, i, &b.bk, &b.bl, &b.bu);
-      vcon = std::max({vcon, outside_bounds(s.xc[i], b), std::fabs(s.xc[i] - ax)});
-      dcon = std::max({dcon, std::fabs(s.y[i] - s.slc[i] + s.suc[i]), -s.slc[i], -s.suc[i]});
-      if (std::isfinite(b.bl)) dual += s.slc[i] * b.bl;
-      if (std::isfinite(b.bu)) dual -= s.suc[i] * b.bu;
-    }
-    // F'doty, and the dual objective's share of the ACCs: -doty'(g - b).
-    std::vector<double> fty(n, 0.0);
-    for (size_t k = 0; k < t.conic.accs.size(); ++k) {
-      const Acc &acc = t.conic.accs[k];
-      for (size_t i = 0; i < acc.afe.size(); ++i) {
-        double yk = s.doty[t.conic.accstart[k] + i];
-        for (const FEntry &e : t.conic.afe.rows[acc.afe[i]]) fty[e.var] += e.val * yk;
-        dual -= yk * (t.conic.afe.g[acc.afe[i]] - acc.b[i]);
-      }
-    }
-    double vvar = 0.0, dvar = 0.0, vitg = 0.0;
-    for (qrn_int32 j = 0; j < n; ++j) {
-      Bound b;
-      qrn_int32 type = QRN_VAR_TYPE_CONTINUOUS;
-      QRN_getvarbound(self, j, &b.bk, &b.bl, &b.bu);
-      QRN_getvartype(self, j, &type);
-      vvar = std::max(vvar, outside_bounds(s.xx[j], b));
-      if (type == QRN_VAR_TYPE_INTEGER) vitg = std::max(vitg, std::fabs(s.xx[j] - std::round(s.xx[j])));
-      double reduced = c[j] + qx[j] - aty[j] - fty[j] - s.slx[j] + s.sux[j] - s.snx[j];
-      dvar = std::max({dvar, std::fabs(reduced), -s.slx[j], -s.sux[j]});
-      if (std::isfinite(b.bl)) dual += s.slx[j] * b.bl;
-      if (std::isfinite(b.bu)) dual -= s.sux[j] * b.bu;
-      dual -= 0.5 * qx[j] * s.xx[j];
-    }
-    double vbar = 0.0, dbar = 0.0;
-    for (size_t j = 0; j < t.sdp.dim.size(); ++j) {
-      vbar = std::max(vbar, -eigenvalues(s.barx[j], t.sdp.dim[j]).front());
-      dbar = std::max(dbar, -eigenvalues(s.bars[j], t.sdp.dim[j]).front());
-    }
-    double vcone = 0.0, dcone = 0.0;
-    for (const Cone &cone : t.cones) {
-      Domain d{cone.type == QRN_CONE_RQUAD ? QRN_DOMAIN_RQUADRATIC_CONE : QRN_DOMAIN_QUADRATIC_CONE,
-               static_cast<qrn_int64>(cone.members.size()), {}};
-      std::vector<double> x, z;
-      for (qrn_int32 j : cone.members) x.push_back(s.xx[j]), z.push_back(s.snx[j]);
-      vcone = std::max(vcone, domain_violation(d, x.data(), false));
-      dcone = std::max(dcone, domain_violation(d, z.data(), true));
-    }
     double vacc = 0.0, dacc = 0.0, vdjc = 0.0;
     for (size_t k = 0; k < t.conic.accs.size(); ++k) {
       vacc = std::max(vacc, acc_pviol(t, s, k));
       dacc = std::max(dacc, acc_dviol(t, s, k));
     }
     for (size_t k = 0; k < t.conic.djcs.size(); ++k) vdjc = std::max(vdjc, djc_pviol(t, s, k));
-    put(pobj, primal), put(pviolcon, vcon), put(pviolvar, vvar), put(pviolbarvar, vbar), put(pviolcone, vcone);
-    put(pviolacc, vacc), put(pvioldjc, vdjc), put(pviolitg, vitg), put(dobj, dual), put(dviolcon, dcon);
-    put(dviolvar, dvar), put(dviolbarvar, dbar), put(dviolcone, dcone), put(dviolacc, dacc);
+    put(pobj, r.pobj), put(pviolcon, r.pviolcon), put(pviolvar, r.pviolvar), put(pviolbarvar, r.pviolbarvar);
+    put(pviolcone, r.pviolcone), put(pviolacc, vacc), put(pvioldjc, vdjc), put(pviolitg, r.pviolitg);
+    put(dobj, r.dobj), put(dviolcon, r.dviolcon), put(dviolvar, r.dviolvar), put(dviolbarvar, r.dviolbarvar);
+    put(dviolcone, r.dviolcone), put(dviolacc, dacc);
   });
 }
 

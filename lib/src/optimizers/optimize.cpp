@@ -4,6 +4,7 @@
 #include "cbc.hpp"
 #include "certs.hpp"
 #include "clp.hpp"
+#include "conicopt.hpp"
 #include "run.hpp"
 
 #include <lapacke.h>
@@ -227,7 +228,9 @@ double min_eigen(const Problem &p) {
 // ---- information and log -----------------------------------------------------------
 
 void problem_info(Task &t, const Problem &p) {
-  iinf(t, QRN_IINF_PROB_TYPE) = p.quadratic() ? QRN_PROBTYPE_QUADRATIC : QRN_PROBTYPE_LINEAR;
+  qrn_int32 type = p.quadratic() ? QRN_PROBTYPE_QUADRATIC : QRN_PROBTYPE_LINEAR;
+  QRN_getprobtype(static_cast<qrn_task_s *>(&t), &type);
+  iinf(t, QRN_IINF_PROB_TYPE) = type;
   iinf(t, QRN_IINF_PROB_NUM_CON) = p.m;
   iinf(t, QRN_IINF_PROB_NUM_VAR) = p.n;
   iinf(t, QRN_IINF_PROB_NUM_INT_VAR) = p.numint;
@@ -350,8 +353,14 @@ void log_header(Run &run, const Problem &p, const char *optimizer, bool presolve
   run.log("Problem");
   if (!p.name.empty()) run.log("  Name                : " + p.name);
   run.log(std::string("  Objective sense     : ") + (p.maximize ? "maximize" : "minimize"));
+  const bool conic = p.numcone > 0 || p.numconic > 0 || p.numqcnz > 0;
   run.log(std::string("  Type                : ") +
-          (p.numint > 0 ? "mixed-integer linear" : p.quadratic() ? "quadratic" : "linear"));
+          (p.numint > 0 ? "mixed-integer linear"
+           : conic      ? (p.numqcnz > 0 ? "quadratically constrained / conic" : "conic")
+           : p.quadratic() ? "quadratic"
+                           : "linear"));
+  if (p.numcone > 0) run.log(format("  Cones               : %d", p.numcone));
+  if (p.numconic > 0) run.log(format("  ACCs and barvars    : %lld", static_cast<long long>(p.numconic)));
   run.log(format("  Constraints         : %d", p.m));
   run.log(format("  Variables           : %d (%d integer)", p.n, p.numint));
   run.log(format("  Matrix non-zeros    : %lld", static_cast<long long>(p.nnz())));
@@ -448,6 +457,41 @@ void run_barrier(const Problem &p, Run &run, bool crossover, Outcome &out) {
   run.callback(QRN_CALLBACK_END_BARRIER);
 }
 
+// The conic interior-point optimizer (lib/src/conicopt): conic, semidefinite
+// and quadratically constrained problems.
+// basic: a linear problem whose basic solution is wanted after an optimum
+// (QRN_IPAR_CROSSOVER): it comes from a dual simplex run.
+void run_conic(const Problem &p, const ConicForm &f, Run &run, bool basic, bool presolve, Outcome &out) {
+  if (run.callback(QRN_CALLBACK_BEGIN_BARRIER)) return;
+  if (f.removed_cols > 0 || f.removed_rows > 0)
+    run.log(format("Presolve              : %d fixed variables and %d empty rows removed", f.removed_cols,
+                   f.removed_rows));
+  ConicOutcome r = conic_solve(p, f, run);
+  const bool cert = r.sol.solsta == QRN_SOL_STA_PRIM_INFEAS_CER || r.sol.solsta == QRN_SOL_STA_DUAL_INFEAS_CER;
+  if (cert && p.numcone == 0 && p.numconic == 0 && p.numqcnz == 0 && !run.stop_requested()) {
+    // A linear or quadratic problem: the engine's certificate (exact to its
+    // tolerance) is replaced by an exact one from the certificate LPs, whose
+    // identities hold to rounding and whose zero entries are zeros.
+    LpResult none;
+    none.status = LpResult::failed;
+    Solution exact;
+    if (certify(p, run, none, exact) && exact.solsta == r.sol.solsta) r.sol = std::move(exact);
+  }
+  const bool optimal = r.sol.solsta == QRN_SOL_STA_OPTIMAL;
+  out.sol[QRN_SOL_ITR] = std::move(r.sol);
+  if (run.callback(QRN_CALLBACK_END_BARRIER)) return;
+  if (basic && optimal) {
+    if (run.callback(QRN_CALLBACK_BEGIN_CROSSOVER)) return;
+    const double t0 = run.elapsed();
+    LpResult spx = simplex(p, run, false, presolve);
+    iinf(run.task, QRN_IINF_CROSSOVER_PRIMAL_ITER) = spx.iterations;
+    dinf(run.task, QRN_DINF_TIME_CROSSOVER) = run.elapsed() - t0;
+    Solution b = from_simplex(p, run, spx);
+    if (b.solsta == QRN_SOL_STA_OPTIMAL) out.sol[QRN_SOL_BAS] = std::move(b);
+    run.callback(QRN_CALLBACK_END_CROSSOVER);
+  }
+}
+
 void run_mip(const Problem &p, Run &run, Outcome &out) {
   if (run.callback(QRN_CALLBACK_BEGIN_MIP)) return;
   MipResult r = solve_mip(p, run);
@@ -500,19 +544,33 @@ qrn_int32 key_by_value(double v, double lo, double up, qrn_int32 inside) {
 qrn_rescode optimize(Task &t) {
   const Problem p = snapshot(static_cast<qrn_task_s *>(&t));
   // Refusals first: they leave the task as it was.
-  if (p.numqcnz > 0) fail(QRN_RES_ERR_OPT_QCON, "The problem has quadratic constraint terms; no optimizer takes them yet.");
-  if (p.numcone > 0) fail(QRN_RES_ERR_OPT_CONES, "The problem has cones; no optimizer takes them yet.");
-  if (p.numconic > 0)
-    fail(QRN_RES_ERR_OPT_CONES, "The problem has affine conic or disjunctive constraints or semidefinite variables; "
-                                "no optimizer takes them yet.");
   const qrn_int32 alg = t.par.integer[QRN_IPAR_ALGORITHM];
   const bool mip = p.numint > 0 || alg == QRN_ALGORITHM_MIXED_INT;
+  const bool conic = p.numqcnz > 0 || p.numcone > 0 || p.numconic > 0;
+  if (conic && mip)
+    fail(QRN_RES_ERR_OPT_INT_CONIC, "Integer variables (or the mixed-integer optimizer) together with cones, "
+                                    "affine conic constraints, semidefinite variables or quadratic constraints "
+                                    "are not supported.");
+  if (conic && alg != QRN_ALGORITHM_AUTO && alg != QRN_ALGORITHM_IPM)
+    fail(QRN_RES_ERR_OPT_COMBINATION, "A conic or quadratically constrained problem needs the interior-point "
+                                      "method (IPM or AUTO).");
   if (mip && p.quadratic())
     fail(QRN_RES_ERR_OPT_MIQP, "Integer variables with a quadratic objective are not supported.");
   if (mip && alg == QRN_ALGORITHM_IPM)
     fail(QRN_RES_ERR_OPT_COMBINATION, "The interior-point method cannot solve a problem with integer variables.");
   if (!mip && p.quadratic() && alg != QRN_ALGORITHM_AUTO && alg != QRN_ALGORITHM_IPM)
     fail(QRN_RES_ERR_OPT_COMBINATION, "A quadratic objective needs the interior-point method (IPM or AUTO).");
+
+  const bool presolve = t.par.integer[QRN_IPAR_PRESOLVE] == QRN_ON;
+  // The conic interior-point optimizer takes every continuous problem that
+  // goes to an interior-point method: conic and quadratically constrained
+  // ones, and linear and quadratic ones when IPM (or, for a quadratic
+  // objective, AUTO) is chosen (docs/conic-optimizer.md says why).
+  const bool engine = !mip && (conic || p.quadratic() || alg == QRN_ALGORITHM_IPM);
+  // The conic form is made before anything changes: its refusals (disjunctive
+  // constraints, a quadratic constraint that is not convex) leave the task as it was.
+  ConicForm form;
+  if (engine) form = conic_form(static_cast<qrn_task_s *>(&t), p, presolve, t.par.dou[QRN_DPAR_CONVEXITY_TOL]);
 
   const Info saved = t.info;
   try {
@@ -553,11 +611,11 @@ qrn_rescode optimize(Task &t) {
       }
     }
 
-    const bool presolve = t.par.integer[QRN_IPAR_PRESOLVE] == QRN_ON;
     const bool crossover = t.par.integer[QRN_IPAR_CROSSOVER] == QRN_ON;
     const bool ipm = !mip && (p.quadratic() || alg == QRN_ALGORITHM_IPM);
     const bool primal = alg == QRN_ALGORITHM_PRIMAL_SIMPLEX;
-    const char *name = mip    ? "mixed-integer (branch and cut)"
+    const char *name = engine ? "conic interior point"
+                       : mip    ? "mixed-integer (branch and cut)"
                        : ipm  ? (p.quadratic() || !crossover ? "interior point" : "interior point with crossover")
                        : primal ? "primal simplex"
                                 : "dual simplex";
@@ -565,11 +623,12 @@ qrn_rescode optimize(Task &t) {
                                        : ipm ? QRN_ALGORITHM_IPM
                                        : primal ? QRN_ALGORITHM_PRIMAL_SIMPLEX
                                                 : QRN_ALGORITHM_DUAL_SIMPLEX;
-    log_header(run, p, name, presolve && !ipm);
+    log_header(run, p, name, presolve && (!ipm || engine));
 
     Outcome out;
     if (!run.callback(QRN_CALLBACK_BEGIN)) {
-      if (mip) run_mip(p, run, out);
+      if (engine) run_conic(p, form, run, !conic && !p.quadratic() && crossover, presolve, out);
+      else if (mip) run_mip(p, run, out);
       else if (ipm) run_barrier(p, run, crossover && !p.quadratic(), out);
       else run_simplex(p, run, primal, presolve, out);
     }
@@ -577,8 +636,12 @@ qrn_rescode optimize(Task &t) {
     // Store: every solution is replaced (undefined unless this run made it).
     t.sol = out.sol;
     t.basis_factor.reset();
-    for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k)
-      if (t.sol[k].defined) solution_info(t, p, k, t.sol[k]);
+    for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k) {
+      if (!t.sol[k].defined) continue;
+      // The conic optimizer's solutions are measured with every conic term.
+      if (engine) QRN_updatesolutioninfo(static_cast<qrn_task_s *>(&t), k);
+      else solution_info(t, p, k, t.sol[k]);
+    }
     dinf(t, QRN_DINF_TIME_TOTAL) = run.elapsed();
     iinf(t, QRN_IINF_TERMINATION_CODE) = trm;
     iinf(t, QRN_IINF_OPT_RESPONSE) = QRN_RES_OK;

@@ -52,8 +52,13 @@ qrn_rescode viol(qrn_task_t task, const char *fn, Values which, qrn_int32 whichs
     for (qrn_int32 k = 0; k < num; ++k) check_barvar(t, sub[k]);
     const Solution &s = conic_solution(t, whichsol);
     if (out == nullptr) return;
-    for (qrn_int32 k = 0; k < num; ++k)
-      out[k] = std::max(0.0, -eigenvalues((s.*which)[sub[k]], t.sdp.dim[sub[k]]).front());
+    // bars is PSD when minimizing and negative semidefinite when maximizing.
+    const double sign = which == &Solution::bars && t.sense == QRN_OBJECTIVE_SENSE_MAXIMIZE ? -1.0 : 1.0;
+    for (qrn_int32 k = 0; k < num; ++k) {
+      std::vector<double> v = (s.*which)[sub[k]];
+      for (double &e : v) e *= sign;
+      out[k] = std::max(0.0, -eigenvalues(std::move(v), t.sdp.dim[sub[k]]).front());
+    }
   });
 }
 

@@ -1,6 +1,7 @@
 // The problem as the C interface reports it, and the measures of a solution
 // on it: objective values, violations and reduced costs.
 #include "errors.hpp"
+#include "semidefinite.hpp"
 #include "solutions.hpp"
 
 #include <algorithm>
@@ -103,6 +104,43 @@ Problem snapshot(Task &t, unsigned parts) {
       for (qrn_int32 j : p.cones[k].members) p.var_cone[j] = k;
     }
   }
+  qrn_int32 numbar = 0;
+  ok(QRN_getnumbarvar(h, &numbar));
+  p.bardim.resize(numbar);
+  for (qrn_int32 j = 0; j < numbar; ++j) ok(QRN_getdimbarvarj(h, j, &p.bardim[j]));
+  auto size_block = [](Problem::Block &b, qrn_int64 nt) {
+    b.row.resize(nt), b.j.resize(nt), b.k.resize(nt), b.l.resize(nt), b.v.resize(nt);
+  };
+  if ((parts & P_OBJ) && numbar > 0) {
+    qrn_int64 nt = 0;
+    ok(QRN_getnumbarcblocktriplets(h, &nt));
+    size_block(p.barc, nt);
+    ok(QRN_getbarcblocktriplet(h, nt, &nt, p.barc.j.data(), p.barc.k.data(), p.barc.l.data(), p.barc.v.data()));
+  }
+  if (parts & P_MATRIX) {
+    qrn_int64 nt = 0;
+    if (numbar > 0) {
+      ok(QRN_getnumbarablocktriplets(h, &nt));
+      size_block(p.bara, nt);
+      std::vector<qrn_int32> rows(nt);
+      ok(QRN_getbarablocktriplet(h, nt, &nt, rows.data(), p.bara.j.data(), p.bara.k.data(), p.bara.l.data(),
+                                 p.bara.v.data()));
+      std::copy(rows.begin(), rows.end(), p.bara.row.begin());
+    }
+    ok(QRN_getaccntot(h, &p.accrows));
+    if (p.accrows > 0) {
+      qrn_int64 nz = 0;
+      ok(QRN_getaccfnumnz(h, &nz));
+      p.frow.resize(nz), p.fcol.resize(nz), p.fval.resize(nz), p.accg.resize(p.accrows);
+      ok(QRN_getaccftrip(h, p.frow.data(), p.fcol.data(), p.fval.data()));
+      ok(QRN_getaccgvector(h, p.accg.data()));
+      ok(QRN_getaccbarfnumblocktriplets(h, &nt));
+      size_block(p.barf, nt);
+      if (nt > 0)
+        ok(QRN_getaccbarfblocktriplet(h, nt, &nt, p.barf.row.data(), p.barf.j.data(), p.barf.k.data(),
+                                      p.barf.l.data(), p.barf.v.data()));
+    }
+  }
   if (parts & P_TYPES) {
     std::vector<qrn_int32> all(n);
     std::iota(all.begin(), all.end(), 0);
@@ -139,8 +177,22 @@ double cone_distance(qrn_int32 type, const std::vector<double> &x) {
 
 // ---- measures --------------------------------------------------------------------
 
+// <C, X> over one lower-triangle entry (k, l) of C: off-diagonal entries count twice.
+static double block_term(const Problem::Block &b, size_t t, const std::vector<std::vector<double>> &x,
+                         const std::vector<qrn_int32> &dim) {
+  const qrn_int32 j = b.j[t], k = b.k[t], l = b.l[t];
+  return (k == l ? 1.0 : 2.0) * b.v[t] * x[j][packed_pos(dim[j], k, l)];
+}
+
 Measure::Measure(const Problem &prob, const Solution &sol) : p(prob), s(sol) {
   fit(s, p.n);
+  s.doty.resize(p.accrows, 0.0);
+  s.barx.resize(p.bardim.size());
+  s.bars.resize(p.bardim.size());
+  for (size_t j = 0; j < p.bardim.size(); ++j) {
+    s.barx[j].resize(packed_len(p.bardim[j]), 0.0);
+    s.bars[j].resize(packed_len(p.bardim[j]), 0.0);
+  }
   ray = s.solsta == QRN_SOL_STA_DUAL_INFEAS_CER;
   farkas = s.solsta == QRN_SOL_STA_PRIM_INFEAS_CER;
 }
@@ -152,6 +204,7 @@ const std::vector<double> &Measure::activity() {
     for (qrn_int64 k = p.ptrb[j]; k < p.ptre[j]; ++k) act_[p.asub[k]] += p.aval[k] * s.xx[j];
   for (size_t i = 0; i < p.qcon.size(); ++i)
     if (!p.qcon[i].empty()) act_[i] += 0.5 * xqx(p.qcon[i], s.xx);
+  for (size_t t = 0; t < p.bara.v.size(); ++t) act_[p.bara.row[t]] += block_term(p.bara, t, s.barx, p.bardim);
   have_act_ = true;
   return act_;
 }
@@ -178,6 +231,7 @@ const std::vector<double> &Measure::gradient() {
   }
   for (size_t i = 0; i < p.qcon.size(); ++i)
     if (!p.qcon[i].empty() && s.y[i] != 0.0) add_qx(p.qcon[i], s.xx, grad_, -s.y[i]);
+  for (size_t k = 0; k < p.fval.size(); ++k) grad_[p.fcol[k]] -= p.fval[k] * s.doty[p.frow[k]];
   have_grad_ = true;
   return grad_;
 }
@@ -185,6 +239,7 @@ const std::vector<double> &Measure::gradient() {
 double Measure::primal_obj() {
   double obj = 0.0;
   for (qrn_int32 j = 0; j < p.n.numvar; ++j) obj += p.c[j] * s.xx[j];
+  for (size_t t = 0; t < p.barc.v.size(); ++t) obj += block_term(p.barc, t, s.barx, p.bardim);
   if (ray) return obj;
   return obj + p.cfix + 0.5 * xqx(p.qobj, s.xx);
 }
@@ -199,6 +254,7 @@ double Measure::dual_obj() {
     if (finite(p.blx[j])) obj += s.slx[j] * p.blx[j];
     if (finite(p.bux[j])) obj -= s.sux[j] * p.bux[j];
   }
+  for (qrn_int64 r = 0; r < p.accrows; ++r) obj -= s.doty[r] * p.accg[r];
   if (farkas) return obj;
   obj += p.cfix - 0.5 * xqx(p.qobj, s.xx);
   for (size_t i = 0; i < p.qcon.size(); ++i)
@@ -259,5 +315,35 @@ double Measure::dviolcone(qrn_int32 k) const {
 }
 
 double Measure::reduced_cost(qrn_int32 j) { return gradient()[j]; }
+
+const std::vector<std::vector<double>> &Measure::bar_residual() {
+  if (have_barres_) return barres_;
+  barres_.resize(p.bardim.size());
+  for (size_t j = 0; j < p.bardim.size(); ++j) {
+    barres_[j] = s.bars[j];
+    for (double &v : barres_[j]) v = -v;
+  }
+  auto add = [&](const Problem::Block &b, size_t t, double w) {
+    barres_[b.j[t]][packed_pos(p.bardim[b.j[t]], b.k[t], b.l[t])] += w * b.v[t];
+  };
+  if (!farkas)
+    for (size_t t = 0; t < p.barc.v.size(); ++t) add(p.barc, t, 1.0);
+  for (size_t t = 0; t < p.bara.v.size(); ++t) add(p.bara, t, -s.y[p.bara.row[t]]);
+  for (size_t t = 0; t < p.barf.v.size(); ++t) add(p.barf, t, -s.doty[p.barf.row[t]]);
+  have_barres_ = true;
+  return barres_;
+}
+
+double Measure::pviolbar(qrn_int32 j) const {
+  return std::max(0.0, -eigenvalues(s.barx[j], p.bardim[j]).front());
+}
+
+double Measure::dviolbar(qrn_int32 j) {
+  std::vector<double> z = s.bars[j];
+  for (double &v : z) v *= sign();
+  double viol = std::max(0.0, -eigenvalues(z, p.bardim[j]).front());
+  for (double v : bar_residual()[j]) viol = std::max(viol, std::fabs(v));
+  return viol;
+}
 
 }  // namespace qrn

@@ -81,6 +81,21 @@ struct Problem {
   std::vector<ConeOf> cones;
   std::vector<qrn_int32> var_cone;  // cone of each variable or -1 (with P_CONES)
   std::vector<qrn_int32> vartype;
+  // Conic and semidefinite data (dimensions always; barA, the ACC rows F, barF
+  // and g - b with P_MATRIX; barC with P_OBJ). Block triplets are lower-triangle
+  // entries (k >= l) of the coefficient matrices.
+  std::vector<qrn_int32> bardim;
+  struct Block {
+    std::vector<qrn_int64> row;  // constraint or stacked ACC row (unused for barC)
+    std::vector<qrn_int32> j, k, l;
+    std::vector<double> v;
+  };
+  Block barc, bara, barf;
+  qrn_int64 accrows = 0;
+  std::vector<qrn_int64> frow;  // ACC F triplets by stacked row
+  std::vector<qrn_int32> fcol;
+  std::vector<double> fval;
+  std::vector<double> accg;  // g - b per stacked ACC row
 };
 
 // Reads the parts asked for (the counts and the sense always).
@@ -108,16 +123,31 @@ class Measure {
   double dviolcon(qrn_int32 i) const;
   double dviolvar(qrn_int32 j);
   double dviolcone(qrn_int32 k) const;
-  // c + Qx - A'y - sum_i y_i Q_i x (c and Q left out for a Farkas certificate).
+  // c + Qx - A'y - sum_i y_i Q_i x - F'doty (c and Q left out for a Farkas certificate).
   double reduced_cost(qrn_int32 j);
+  // Semidefinite variable j: the smallest eigenvalue's negative part of barx
+  // (primal) or of s * bars (dual), and the largest entry of the dual
+  // stationarity residual barC_j - sum_i y_i barA_ij - sum_r doty_r barF_rj - barS_j
+  // (barC left out for a Farkas certificate).
+  double pviolbar(qrn_int32 j) const;
+  double dviolbar(qrn_int32 j);
 
  private:
   const std::vector<double> &activity();  // a_i'x + 1/2 x'Q_i x
   const std::vector<double> &qx();        // Qx
   const std::vector<double> &gradient();  // c + Qx - A'y - sum_i y_i Q_i x
+  const std::vector<std::vector<double>> &bar_residual();
   std::vector<double> act_, qx_, grad_;
-  bool have_act_ = false, have_qx_ = false, have_grad_ = false;
+  std::vector<std::vector<double>> barres_;
+  bool have_act_ = false, have_qx_ = false, have_grad_ = false, have_barres_ = false;
 };
+
+// The summary of a solution (QRN_getsolutioninfo's values).
+struct SolutionMeasures {
+  double pobj, pviolcon, pviolvar, pviolbarvar, pviolcone, pviolitg;
+  double dobj, dviolcon, dviolvar, dviolbarvar, dviolcone;
+};
+SolutionMeasures solution_measures(Task &t, qrn_int32 whichsol);
 
 // Euclidean distance of x (the members of one cone, in order) to the cone.
 double cone_distance(qrn_int32 type, const std::vector<double> &x);

@@ -54,7 +54,7 @@ std::pair<double, qrn_int32> largest(qrn_int32 n, F &&f) {
 // Every entry of the summary, with the item at which each violation is largest.
 struct Summary {
   double pobj = 0, dobj = 0;
-  std::pair<double, qrn_int32> pcon, pvar, pcone, pitg, dcon, dvar, dcone;
+  std::pair<double, qrn_int32> pcon, pvar, pcone, pitg, dcon, dvar, dcone, pbar, dbar;
   double nrmxc = 0, nrmxx = 0, nrmy = 0, nrmslc = 0, nrmsuc = 0, nrmslx = 0, nrmsux = 0, nrmsnx = 0;
 };
 
@@ -72,6 +72,9 @@ Summary summarize(Task &t, qrn_int32 whichsol) {
   r.dcon = largest(p.n.numcon, [&](qrn_int32 i) { return m.dviolcon(i); });
   r.dvar = largest(p.n.numvar, [&](qrn_int32 j) { return m.dviolvar(j); });
   r.dcone = largest(p.n.numcone, [&](qrn_int32 k) { return m.dviolcone(k); });
+  const auto nbar = static_cast<qrn_int32>(p.bardim.size());
+  r.pbar = largest(nbar, [&](qrn_int32 j) { return m.pviolbar(j); });
+  r.dbar = largest(nbar, [&](qrn_int32 j) { return m.dviolbar(j); });
   const Solution &s = m.s;
   r.nrmxc = norm(s.xc);
   r.nrmxx = norm(s.xx);
@@ -132,6 +135,13 @@ std::string where(const char *kind, const std::pair<double, qrn_int32> &v) {
 }
 
 }  // namespace
+
+SolutionMeasures solution_measures(Task &t, qrn_int32 whichsol) {
+  Summary r = summarize(t, whichsol);
+  return {r.pobj,        r.pcon.first, r.pvar.first, r.pbar.first, r.pcone.first, r.pitg.first,
+          r.dobj,        r.dcon.first, r.dvar.first, r.dbar.first, r.dcone.first};
+}
+
 }  // namespace qrn
 
 using namespace qrn;
@@ -328,7 +338,9 @@ QRN_API qrn_rescode QRN_CALL QRN_getprimalsolutionnorms(qrn_task_t task, qrn_int
     const Solution &s = readable(t, whichsol);
     put(nrmxc, norm(s.xc));
     put(nrmxx, norm(s.xx));
-    put(nrmbarx, 0.0);  // no semidefinite variables in the solution record yet
+    double b = 0.0;
+    for (const auto &v : s.barx) b = std::max(b, norm(v));
+    put(nrmbarx, b);
   });
 }
 
@@ -343,7 +355,9 @@ QRN_API qrn_rescode QRN_CALL QRN_getdualsolutionnorms(qrn_task_t task, qrn_int32
     put(nrmslx, norm(s.slx));
     put(nrmsux, norm(s.sux));
     put(nrmsnx, norm(s.snx));
-    put(nrmbars, 0.0);
+    double b = 0.0;
+    for (const auto &v : s.bars) b = std::max(b, norm(v));
+    put(nrmbars, b);
   });
 }
 
@@ -357,13 +371,13 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfo(qrn_task_t task, qrn_int32 whic
     put(pobj, r.pobj);
     put(pviolcon, r.pcon.first);
     put(pviolvar, r.pvar.first);
-    put(pviolbarvar, 0.0);
+    put(pviolbarvar, r.pbar.first);
     put(pviolcone, r.pcone.first);
     put(pviolitg, r.pitg.first);
     put(dobj, r.dobj);
     put(dviolcon, r.dcon.first);
     put(dviolvar, r.dvar.first);
-    put(dviolbarvar, 0.0);
+    put(dviolbarvar, r.dbar.first);
     put(dviolcone, r.dcone.first);
   });
 }
