@@ -167,7 +167,14 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")                    \
   X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.")                   \
   X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")                    \
-  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")
+  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")                   \
+  /* batch optimization */                                                                                        \
+  X(QRN_RES_ERR_BATCH_NUM_THREADS, 2300, "The number of batch threads is negative.")                               \
+  X(QRN_RES_ERR_BATCH_TIME, 2301, "The batch time limit is NaN.")                                                  \
+  X(QRN_RES_ERR_BATCH_DUP_TASK, 2302, "A task occurs more than once in the batch.")                               \
+  X(QRN_RES_ERR_BATCH_THREAD_START, 2303, "No worker thread of the batch could be started.")                      \
+  X(QRN_RES_ERR_BATCH_NOT_STARTED, 2304, "The task was not optimized: the batch had stopped before its turn.")    \
+  X(QRN_RES_TRM_BATCH_RACE, 2305, "The optimizer stopped because another task of the batch finished first.")
 
 enum qrn_rescode_e {
 #define QRN_X_ENUM(name, value, text) name = value,
@@ -2246,6 +2253,56 @@ QRN_API qrn_rescode QRN_CALL QRN_primalrepair(qrn_task_t task, const qrn_real *w
    feasible. The caller deletes the new task. */
 QRN_API qrn_rescode QRN_CALL QRN_getinfeasiblesubproblem(qrn_task_t task, qrn_int32 whichsol,
                                                          qrn_task_t *inftask);
+
+/* ======================================================================= */
+/* Batch optimization                                                      */
+/* ======================================================================= */
+/* Optimizes the numtask tasks task[0..numtask) concurrently on a pool of
+   worker threads and returns when every one has ended. Each task is
+   optimized exactly as QRN_optimizetrm would optimize it alone (its
+   parameters, solutions, information items, last error, log and callback),
+   on one of the worker threads: its stream functions and its callback are
+   called on that thread, and those of different tasks may run at the same
+   time. Free threads take the tasks in list order.
+     israce      0: every task runs to its end. Not 0: a race: as soon as the
+                 run of one task ends normally (response code and termination
+                 code both QRN_RES_OK), every other running task stops with
+                 termination code QRN_RES_TRM_BATCH_RACE (its solutions then
+                 hold the last iterate, as after any stopped run) and the
+                 tasks not yet started are not run.
+     maxtime     wall-clock limit in seconds for the whole batch, counted
+                 from the call: each run's time limit is the smaller of its
+                 own (QRN_DPAR_TIME_LIMIT) and what is left of maxtime, and a
+                 run stopped by it ends with QRN_RES_TRM_MAX_TIME. 0, a
+                 negative value or one of at least QRN_INFINITY: no limit.
+                 NaN is QRN_RES_ERR_BATCH_TIME.
+     numthreads  number of worker threads, at most numtask; 0 means one per
+                 core. Negative is QRN_RES_ERR_BATCH_NUM_THREADS. The batch
+                 goes on with the threads that could be started
+                 (QRN_RES_ERR_BATCH_THREAD_START when none could).
+   A callback of any task that asks to stop stops the whole batch: every
+   running task ends with QRN_RES_TRM_USER_CALLBACK, and the tasks not yet
+   started are not run.
+   Results for task k, in two arrays of numtask entries (either may be null):
+     rcode[k]    the response code of its run, as QRN_optimizetrm returns it
+                 (QRN_RES_ERR_NULL_TASK for a null handle), or
+                 QRN_RES_ERR_BATCH_NOT_STARTED when the batch had stopped
+                 (a race won, a callback's stop, maxtime over) before the
+                 task's turn: such a task is left as it was.
+     trmcode[k]  its termination code when rcode[k] is QRN_RES_OK; for a task
+                 not started, why the batch stopped (QRN_RES_TRM_BATCH_RACE,
+                 QRN_RES_TRM_USER_CALLBACK or QRN_RES_TRM_MAX_TIME); else
+                 QRN_RES_OK.
+   The call returns QRN_RES_OK once the tasks have run, whatever their own
+   codes. Refused before anything runs, writing nothing (the message goes to
+   env's error stream): a negative numtask (QRN_RES_ERR_NEGATIVE_COUNT), a
+   null task array with numtask > 0 (QRN_RES_ERR_NULL_POINTER), a task listed
+   twice (QRN_RES_ERR_BATCH_DUP_TASK; null handles are not compared), and the
+   arguments above. The tasks may belong to any environment. While the batch
+   runs, its tasks must be neither changed nor deleted. */
+QRN_API qrn_rescode QRN_CALL QRN_optimizebatch(qrn_env_t env, qrn_int32 israce, qrn_real maxtime,
+                                               qrn_int32 numthreads, qrn_int64 numtask, qrn_task_t *task,
+                                               qrn_int32 *trmcode, qrn_int32 *rcode);
 
 #ifdef __cplusplus
 }
