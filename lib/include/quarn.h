@@ -167,13 +167,13 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")                    \
   X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.")                   \
   X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")                    \
-  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")                   \
-  /* batch optimization */                                                                                        \
+  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")                         \
+  /* batch optimization */                                                                                         \
   X(QRN_RES_ERR_BATCH_NUM_THREADS, 2300, "The number of batch threads is negative.")                               \
   X(QRN_RES_ERR_BATCH_TIME, 2301, "The batch time limit is NaN.")                                                  \
-  X(QRN_RES_ERR_BATCH_DUP_TASK, 2302, "A task occurs more than once in the batch.")                               \
-  X(QRN_RES_ERR_BATCH_THREAD_START, 2303, "No worker thread of the batch could be started.")                      \
-  X(QRN_RES_ERR_BATCH_NOT_STARTED, 2304, "The task was not optimized: the batch had stopped before its turn.")    \
+  X(QRN_RES_ERR_BATCH_DUP_TASK, 2302, "A task occurs more than once in the batch.")                                \
+  X(QRN_RES_ERR_BATCH_THREAD_START, 2303, "No worker thread of the batch could be started.")                       \
+  X(QRN_RES_ERR_BATCH_NOT_STARTED, 2304, "The task was not optimized: the batch had stopped before its turn.")     \
   X(QRN_RES_TRM_BATCH_RACE, 2305, "The optimizer stopped because another task of the batch finished first.")
 
 enum qrn_rescode_e {
