@@ -1,4 +1,5 @@
 """Batch optimization: Env.optimizebatch_idiOOO_7 / _5."""
+import random
 import threading
 import time
 from array import array
@@ -6,7 +7,7 @@ from array import array
 import pytest
 
 import _qrn
-from conftest import dv, ints, iv, raises
+from conftest import dv, ints, iv, qv, raises
 from test_optimize import INF, c, infeasible_lp, load, small_lp, transport_lp
 
 ITR, BAS, ITG = c("SOL_ITR"), c("SOL_BAS"), c("SOL_ITG")
@@ -173,8 +174,29 @@ def test_callables_that_dispose_tasks_during_the_batch_are_safe(env):
     assert ints(rc) == [0, c("RES_ERR_NULL_TASK"), 0, c("RES_ERR_NULL_TASK")]
 
 
+def random_lp(task, m, n, seed):
+    """max c'x, A x <= A x0 + slack, 0 <= x <= 1, 5 non-zeros per column: some hundred iterations."""
+    rnd = random.Random(seed)
+    ptrb, ptre, sub, val, act = [], [], [], [], [0.0] * m
+    for j in range(n):
+        ptrb.append(len(sub))
+        x0 = rnd.random()
+        for i in sorted(rnd.sample(range(m), 5)):
+            sub.append(i)
+            val.append(rnd.uniform(0.1, 1.0))
+            act[i] += val[-1] * x0
+        ptre.append(len(sub))
+    res = task.inputdata64_iiOdOOOOOOOOOO_15(
+        m, n, dv(*(-rnd.uniform(0.5, 1.5) for _ in range(n))), 0.0, qv(*ptrb), qv(*ptre), iv(*sub), dv(*val),
+        iv(*[c("BK_UPPER")] * m), dv(*[-INF] * m), dv(*(a + rnd.uniform(0, 0.5) for a in act)),
+        iv(*[c("BK_RANGED")] * n), dv(*[0.0] * n), dv(*[1.0] * n))
+    assert res == (0, None)
+    return task
+
+
 def test_the_interpreter_runs_other_threads_during_a_batch(env):
-    tasks = [transport(_qrn.Task(env), 20) for _ in range(4)]
+    # each run keeps a core busy for a while (about 0.05 s on an idle machine)
+    tasks = [random_lp(_qrn.Task(env), 100, 2000, k) for k in range(4)]
     count, done = [0], threading.Event()
 
     def spin():
