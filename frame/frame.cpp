@@ -172,9 +172,13 @@ bool Frame::tasklist(PyObject *o, const char *list_msg, const char *item_msg, Ta
     Py_INCREF(item);
     t.items[t.len++] = item;
     t.handles[k] = static_cast<qrn_task_t>(begin_call(item));
+    drop_kept(item);  // none may be left from elsewhere
   }
+  tasks_ = &t;
   return true;
 }
+
+void TaskList::raise_kept() const { qrn::raise_kept(items, len); }
 
 TaskList::~TaskList() {
   for (Py_ssize_t k = 0; k < len; ++k) {

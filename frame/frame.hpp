@@ -88,6 +88,9 @@ struct StrList {
 // The handle array of a list of tasks. Every listed task counts as being in a
 // call (and is referenced) until the method returns, so a callable that
 // disposes one of them cannot pull its library task away under the library.
+// The library may call the tasks' callables on threads of its own; an
+// exception raised there is kept on its Task and raised by the frame after
+// the call (raise_kept).
 struct TaskList {
   qrn_task_t *handles = nullptr;
   PyObject **items = nullptr;
@@ -96,6 +99,7 @@ struct TaskList {
   TaskList(const TaskList &) = delete;
   TaskList &operator=(const TaskList &) = delete;
   ~TaskList();
+  void raise_kept() const;
 };
 
 class Frame {
@@ -145,7 +149,9 @@ class Frame {
 
   // A string list from an offsets view and a bytes view; absent when either is None.
   bool strlist(PyObject *offsets, PyObject *bytes, const ArgMsgs &m, StrList &s);
-  // A list of tasks; absent for None.
+  // A list of tasks; absent for None. The exceptions that the tasks'
+  // callables raise on other threads during the frame's library calls are
+  // raised by call() (the first one raised).
   bool tasklist(PyObject *o, const char *list_msg, const char *item_msg, TaskList &t);
 
   // ---- library calls ----
@@ -160,6 +166,7 @@ class Frame {
       code_ = fn();
       PyEval_RestoreThread(ts);
     }
+    if (tasks_ != nullptr) tasks_->raise_kept();
     return code_ == 0 && !PyErr_Occurred();
   }
   // The method's return value after call() returned false: NULL with the
@@ -174,6 +181,7 @@ class Frame {
   void *handle_ = nullptr;
   qrn_rescode code_ = 0;
   const char *mismatch_ = nullptr;
+  const TaskList *tasks_ = nullptr;
 };
 
 }  // namespace qrn

@@ -204,6 +204,7 @@ static int Task_init(PyObject *pyself, PyObject *args, PyObject *kwds) {
 
 static void Task_dealloc(PyObject *pyself) {
   task_release(reinterpret_cast<TaskObject *>(pyself));
+  drop_kept(pyself);
   Py_TYPE(pyself)->tp_free(pyself);
 }
 

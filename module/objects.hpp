@@ -31,6 +31,11 @@ struct TaskObject {
   PyObject *infofunc;
   Py_ssize_t calls;
   qrn_task_t doomed;
+  // An exception that a callable raised on a thread of the library's own (a
+  // batch worker), kept for the batch method to raise, with its place in
+  // the order of such exceptions (streams.cpp). Only touched under the lock.
+  PyObject *kept;
+  unsigned long long kept_order;
 };
 
 // Callable fields are tested once without the interpreter lock (the first
@@ -62,6 +67,11 @@ extern const qrn_stream_fn task_stream_trampoline[4];
 qrn_int32 QRN_CALL callback_trampoline(qrn_task_t task, void *handle, qrn_int32 caller, const qrn_real *douinf,
                                        const qrn_int32 *intinf, const qrn_int64 *lintinf);
 size_t QRN_CALL write_trampoline(void *handle, const void *data, size_t count);
+// Exceptions kept on Task objects (see TaskObject::kept): drops the one a
+// task holds, or raises on this thread the first one raised among n tasks
+// (unless an exception is pending here already) and drops the others.
+void drop_kept(PyObject *task);
+void raise_kept(PyObject *const *tasks, Py_ssize_t n);
 
 // Links the four task streams and the callback of a task object's handle.
 void link_task(TaskObject *self);

@@ -1,5 +1,6 @@
 // Forwarding of the library's streams, progress and information callbacks to
 // interpreter callables, and writing a task to an object with a `write` method.
+#include <atomic>
 #include <cstring>
 
 #include "frame.hpp"
@@ -63,34 +64,96 @@ PyObject *Task_remove_InfoCallback(PyObject *self, PyObject *) {
   Py_RETURN_NONE;
 }
 
+// ---- the interpreter lock in a trampoline, and where exceptions go ------------------
+//
+// The library calls back on the thread that made the library call, whose
+// interpreter thread state keeps an exception pending until the running
+// method raises it. A batch calls back on threads of the library's own
+// instead: there PyGILState_Ensure makes a thread state that the matching
+// PyGILState_Release throws away, pending exception included. So on such a
+// thread ("foreign") an exception that a Task's callable raised is moved onto
+// the Task object (TaskObject::kept) before the lock is given back, and the
+// batch method raises it on the calling thread once the library returned
+// (raise_kept, called by the frame). Each worker thread has its own thread
+// state, so exceptions of different threads never meet before that.
+
+class Locked {
+ public:
+  Locked() : foreign_(PyGILState_GetThisThreadState() == nullptr), state_(PyGILState_Ensure()) {}
+  ~Locked() { PyGILState_Release(state_); }
+  Locked(const Locked &) = delete;
+  Locked &operator=(const Locked &) = delete;
+  bool foreign() const { return foreign_; }
+
+ private:
+  bool foreign_;
+  PyGILState_STATE state_;
+};
+
+// Order in which exceptions are kept, so that a batch raises the first one.
+static std::atomic<unsigned long long> kept_count{0};
+
+// Whether a callable of this task raised earlier in the running call.
+static bool raised_before(const Locked &lock, TaskObject *self) {
+  return lock.foreign() ? self->kept != nullptr : PyErr_Occurred() != nullptr;
+}
+
+// On a foreign thread, moves the pending exception (if any) onto the task;
+// a task keeps only its first.
+static void keep_raised(const Locked &lock, TaskObject *self) {
+  if (!lock.foreign() || !PyErr_Occurred()) return;
+  PyObject *exc = PyErr_GetRaisedException();
+  if (self->kept == nullptr) {
+    self->kept = exc;
+    self->kept_order = ++kept_count;
+  } else {
+    Py_DECREF(exc);
+  }
+}
+
+void drop_kept(PyObject *task) { Py_CLEAR(reinterpret_cast<TaskObject *>(task)->kept); }
+
+void raise_kept(PyObject *const *tasks, Py_ssize_t n) {
+  TaskObject *first = nullptr;
+  for (Py_ssize_t k = 0; k < n; ++k) {
+    auto *t = reinterpret_cast<TaskObject *>(tasks[k]);
+    if (t->kept != nullptr && (first == nullptr || t->kept_order < first->kept_order)) first = t;
+  }
+  if (first != nullptr && !PyErr_Occurred()) {
+    PyErr_SetRaisedException(first->kept);  // steals the reference
+    first->kept = nullptr;
+  }
+  for (Py_ssize_t k = 0; k < n; ++k) drop_kept(tasks[k]);
+}
+
 // ---- stream trampolines -----------------------------------------------------------
 
 // Calls the callable in `field` with the text. For an Env the exception is
-// discarded; for a Task it stays pending for the running method to raise.
-template <bool KeepError>
-static void forward(PyObject *const &field, const char *text) {
+// discarded; for a Task (owner) it is kept for the running method to raise.
+static void forward(PyObject *const &field, TaskObject *owner, const char *text) {
   if (peek(field) == nullptr) return;  // no callable: no lock
-  PyGILState_STATE state = PyGILState_Ensure();
+  Locked lock;
   PyObject *func = field;
   // After a callable raised, later lines are dropped: the first exception is
   // the one the running method reports.
-  if (func != nullptr && !PyErr_Occurred()) {
+  if (func != nullptr && !(owner != nullptr ? raised_before(lock, owner) : PyErr_Occurred() != nullptr)) {
     Py_INCREF(func);  // a callable may replace itself while it runs
     PyObject *result = PyObject_CallFunction(func, "(s)", text);
     Py_DECREF(func);
     if (result != nullptr) Py_DECREF(result);
-    else if (!KeepError) PyErr_Clear();
+    else if (owner == nullptr) PyErr_Clear();
+    else keep_raised(lock, owner);
   }
-  PyGILState_Release(state);
 }
 
 template <int S>
 static void QRN_CALL env_stream(void *handle, const char *text) {
-  forward<false>(static_cast<EnvObject *>(handle)->streamfunc[S], text);
+  forward(static_cast<EnvObject *>(handle)->streamfunc[S], nullptr, text);
 }
 template <int S>
 static void QRN_CALL task_stream(void *handle, const char *text) {
-  forward<true>(static_cast<TaskObject *>(handle)->streamfunc[S], text);
+  auto *self = static_cast<TaskObject *>(handle);
+  forward(self->streamfunc[S], self, text);
 }
 
 const qrn_stream_fn env_stream_trampoline[4] = {env_stream<0>, env_stream<1>, env_stream<2>, env_stream<3>};
@@ -126,8 +189,8 @@ qrn_int32 QRN_CALL callback_trampoline(qrn_task_t, void *handle, qrn_int32 calle
                                        const qrn_int32 *intinf, const qrn_int64 *lintinf) {
   auto *self = static_cast<TaskObject *>(handle);
   if (peek(self->progressfunc) == nullptr && peek(self->infofunc) == nullptr) return 0;
-  PyGILState_STATE state = PyGILState_Ensure();
-  bool stop = PyErr_Occurred() != nullptr;  // an earlier callable raised: keep asking to stop
+  Locked lock;
+  bool stop = raised_before(lock, self);  // an earlier callable raised: keep asking to stop
   if (self->progressfunc != nullptr && !stop) {
     PyObject *func = self->progressfunc;
     Py_INCREF(func);
@@ -151,7 +214,7 @@ qrn_int32 QRN_CALL callback_trampoline(qrn_task_t, void *handle, qrn_int32 calle
     Py_XDECREF(i);
     Py_XDECREF(l);
   }
-  PyGILState_Release(state);
+  keep_raised(lock, self);
   return stop ? 1 : 0;
 }
 

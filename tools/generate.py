@@ -246,7 +246,8 @@ def check(fn: Function, where: str) -> None:
     if len(set(fn.methods)) != len(fn.methods) or not fn.methods:
         raise DescriptionError(f"{where}: methods must be listed once each")
     names = [p.name for p in fn.params] + list(fn.queries)
-    reserved = {"f", "task", "env", "args", "self"} & set(names)
+    # `task` names the list of a batch method of Env; a Task method's handle is f.task().
+    reserved = ({"f", "env", "args", "self"} | ({"task"} if fn.owner == "Task" else set())) & set(names)
     if reserved:
         raise DescriptionError(f"{where}: reserved names used: {sorted(reserved)}")
     dup = {n for n in names if names.count(n) > 1}

@@ -69,125 +69,131 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
  * One table: symbolic name, value, one-line description.
  * QRN_getcodedesc serves these texts. */
 #define QRN_RESPONSE_CODES(X)                                                                       \
-  X(QRN_RES_OK, 0, "No error occurred.")                                                                           \
-  X(QRN_RES_WRN_NAME_MAX_LEN, 100, "A name is longer than the recommended maximum length.")                        \
-  X(QRN_RES_WRN_NO_NAME, 101, "No item has the requested name.")                                                   \
-  X(QRN_RES_ERR_NULL_ENV, 1000, "The environment handle is null.")                                                 \
-  X(QRN_RES_ERR_NULL_TASK, 1001, "The task handle is null.")                                                       \
-  X(QRN_RES_ERR_NULL_POINTER, 1002, "An array argument is null although its count is not zero.")                   \
-  X(QRN_RES_ERR_SPACE, 1003, "The library could not allocate memory.")                                             \
-  X(QRN_RES_ERR_INTERNAL, 1004, "An internal error occurred in the library.")                                      \
-  X(QRN_RES_ERR_ARGUMENT, 1005, "An argument has an invalid value.")                                               \
-  X(QRN_RES_ERR_TOO_SMALL, 1006, "An output capacity or buffer is too small for the data.")                        \
-  X(QRN_RES_ERR_STREAM, 1007, "The stream number is not one of the four library streams.")                         \
-  X(QRN_RES_ERR_FILE_OPEN, 1008, "A file could not be opened.")                                                    \
-  X(QRN_RES_ERR_WRITE, 1009, "Writing data failed or the receiver took fewer bytes than given.")                   \
-  X(QRN_RES_ERR_DATA_FORMAT, 1010, "The data format is not known or not supported here.")                          \
-  X(QRN_RES_ERR_COMPRESSION, 1011, "The compression type is not known or not supported here.")                     \
-  X(QRN_RES_ERR_STOPPED, 1012, "The callback function asked the library to stop.")                                 \
-  X(QRN_RES_ERR_INDEX_CON, 1100, "A constraint index is out of range.")                                            \
-  X(QRN_RES_ERR_INDEX_VAR, 1101, "A variable index is out of range.")                                              \
-  X(QRN_RES_ERR_INDEX_CONE, 1102, "A cone index is out of range.")                                                 \
-  X(QRN_RES_ERR_SLICE, 1103, "A slice has first greater than last or lies outside the items.")                     \
-  X(QRN_RES_ERR_DUP_INDEX, 1104, "An index occurs more than once in a list that must not repeat.")                 \
-  X(QRN_RES_ERR_NEGATIVE_COUNT, 1105, "A count or capacity is negative.")                                          \
-  X(QRN_RES_ERR_PTR_RANGE, 1106, "A pointer pair has ptrb greater than ptre or a negative entry.")                 \
-  X(QRN_RES_ERR_MAX_CAPACITY, 1107, "A capacity is smaller than what the task already holds.")                     \
-  X(QRN_RES_ERR_VALUE_NAN, 1108, "A value is NaN or infinite where a finite value is required.")                   \
-  X(QRN_RES_ERR_BOUND_KEY, 1200, "A bound key is not one of the library's bound keys.")                            \
-  X(QRN_RES_ERR_BOUND_INFINITE, 1201, "A finite bound is required by the bound key but is infinite.")              \
-  X(QRN_RES_ERR_OBJ_SENSE, 1202, "The objective sense is not one of the library's senses.")                        \
-  X(QRN_RES_ERR_VAR_TYPE, 1203, "A variable type is not one of the library's variable types.")                     \
-  X(QRN_RES_ERR_QUAD_UPPER, 1300, "A quadratic term lies in the upper triangle (column > row).")                   \
-  X(QRN_RES_ERR_CONE_TYPE, 1301, "A cone type is not one of the library's cone types.")                            \
-  X(QRN_RES_ERR_CONE_SIZE, 1302, "A cone has too few members for its type.")                                       \
-  X(QRN_RES_ERR_CONE_OVERLAP, 1303, "A variable is a member of more than one cone.")                               \
-  X(QRN_RES_ERR_CONE_REP_VAR, 1304, "A variable occurs twice among the members of one cone.")                      \
-  X(QRN_RES_ERR_CONE_PARAMETER, 1305, "A cone parameter is outside its allowed range.")                            \
-  X(QRN_RES_ERR_NAME_FORMAT, 1400, "A name format text is invalid.")                                               \
-  X(QRN_RES_ERR_NAME_UTF8, 1401, "A name is not valid UTF-8.")                                                     \
-  X(QRN_RES_ERR_NAME_DUPLICATE, 1402, "Another item of the same kind already has the name.")                       \
-  X(QRN_RES_ERR_NAME_POSITION, 1403, "A position lies outside the shape of generated names.")                      \
-  X(QRN_RES_ERR_PARAM_INDEX, 1500, "A parameter identifier is out of range.")                                      \
-  X(QRN_RES_ERR_PARAM_NAME, 1501, "No parameter has the given name.")                                              \
-  X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.")                  \
-  X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")                         \
-  X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")                                \
-  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")                            \
-  X(QRN_RES_ERR_INDEX_AFE, 1700, "An affine expression index is out of range.")                                    \
-  X(QRN_RES_ERR_INDEX_DOMAIN, 1701, "A domain index is out of range.")                                             \
-  X(QRN_RES_ERR_INDEX_ACC, 1702, "An affine conic constraint index is out of range.")                              \
-  X(QRN_RES_ERR_INDEX_DJC, 1703, "A disjunctive constraint index is out of range.")                                \
-  X(QRN_RES_ERR_INDEX_BARVAR, 1704, "A semidefinite variable index is out of range.")                              \
-  X(QRN_RES_ERR_INDEX_SYMMAT, 1705, "A symmetric matrix index is out of range.")                                   \
-  X(QRN_RES_ERR_DOMAIN_DIMENSION, 1706, "The dimension is not allowed for the domain type.")                       \
-  X(QRN_RES_ERR_DOMAIN_POWER_WEIGHTS, 1707, "Power cone weights are not positive and finite, or too many.")        \
-  X(QRN_RES_ERR_DOMAIN_NOT_POWER, 1708, "The domain is not a power cone.")                                         \
-  X(QRN_RES_ERR_ACC_SIZE, 1709, "The number of affine expressions differs from the domains' dimensions.")          \
-  X(QRN_RES_ERR_DJC_TERMS, 1710, "The term sizes of a disjunctive constraint do not partition its domains.")       \
-  X(QRN_RES_ERR_SYMMAT_UPPER, 1711, "A symmetric matrix entry lies in the upper triangle (column > row).")         \
-  X(QRN_RES_ERR_SYMMAT_RANGE, 1712, "A symmetric matrix entry lies outside the matrix dimension.")                 \
-  X(QRN_RES_ERR_SYMMAT_REPEATED, 1713, "A symmetric matrix entry is given twice.")                                 \
-  X(QRN_RES_ERR_SYMMAT_DIM, 1714, "A matrix dimension differs from that of its semidefinite variable.")            \
-  X(QRN_RES_ERR_BARVAR_DIM, 1715, "A semidefinite variable dimension is not positive.")                            \
-  X(QRN_RES_ERR_BAR_POSITION, 1716, "The position names no non-zero semidefinite coefficient.")                    \
-  X(QRN_RES_ERR_EIGEN, 1719, "An eigenvalue computation did not converge.")                                        \
-  X(QRN_RES_ERR_READ_SYNTAX, 1900, "The text does not follow its format.")                                         \
-  X(QRN_RES_ERR_READ_EOF, 1901, "The file or text ends before its data is complete.")                              \
-  X(QRN_RES_ERR_READ_NUMBER, 1902, "A number in the text is malformed, NaN or out of range.")                      \
-  X(QRN_RES_ERR_READ_NAME_UNKNOWN, 1903, "The text refers to a name that it does not define.")                     \
-  X(QRN_RES_ERR_READ_NAME_DUP, 1904, "The text defines one name twice or states one entry twice.")                 \
-  X(QRN_RES_ERR_READ_SECTION, 1905, "The text has an unknown, repeated or misplaced section.")                     \
-  X(QRN_RES_ERR_READ_UNSUPPORTED, 1906, "The text holds a kind of data this library cannot hold.")                 \
-  X(QRN_RES_ERR_READ_VERSION, 1907, "The data is not of the format or of an unknown version.")                     \
-  X(QRN_RES_ERR_READ_INDEX, 1908, "An index or count in the text is out of range.")                                \
-  X(QRN_RES_ERR_GZIP, 1909, "Compressed data is corrupt or could not be compressed.")                              \
-  X(QRN_RES_ERR_WRITE_LOSES_NAMES, 1920, "The format cannot hold some of the task's names.")                       \
-  X(QRN_RES_ERR_WRITE_LOSES_QUADRATIC, 1921, "The format cannot hold the task's quadratic terms.")                 \
-  X(QRN_RES_ERR_WRITE_LOSES_CONES, 1922, "The format cannot hold the task's cones.")                               \
-  X(QRN_RES_ERR_WRITE_LOSES_BOUNDS, 1923, "The format cannot state some of the task's bounds exactly.")            \
-  X(QRN_RES_ERR_WRITE_LOSES_INTEGER, 1924, "The format cannot hold integer variables.")                            \
-  X(QRN_RES_ERR_WRITE_LOSES_NUMBERS, 1925, "The format cannot state some number exactly.")                         \
-  X(QRN_RES_ERR_SOL_SIZE, 1942, "The solution read does not match the task's sizes.")                              \
-  X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.")   \
-  X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                                     \
-  X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")                   \
-  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.")                            \
-  X(QRN_RES_TRM_MAX_ITERATIONS, 2050, "The optimizer stopped at its iteration limit.")                             \
-  X(QRN_RES_TRM_MAX_TIME, 2051, "The optimizer stopped at its time limit.")                                        \
-  X(QRN_RES_TRM_MIP_GAP, 2052, "The mixed-integer search stopped: the gap tolerance was met.")                     \
-  X(QRN_RES_TRM_MAX_NODES, 2053, "The mixed-integer search stopped at its node limit.")                            \
-  X(QRN_RES_TRM_MAX_SOLUTIONS, 2054, "The mixed-integer search stopped at its solution limit.")                    \
-  X(QRN_RES_TRM_USER_CALLBACK, 2055, "The optimizer stopped because the callback asked it to.")                    \
-  X(QRN_RES_TRM_NUMERICAL_PROBLEM, 2056, "The optimizer stopped after numerical trouble.")                         \
-  X(QRN_RES_ERR_OPT_QCON, 2100, "Quadratic constraints are not supported by the optimizers.")                      \
-  X(QRN_RES_ERR_OPT_CONES, 2101, "Cones are not supported by the optimizers.")                                     \
-  X(QRN_RES_ERR_OPT_MIQP, 2102, "Integer variables with a quadratic objective are not supported.")                 \
-  X(QRN_RES_ERR_OPT_COMBINATION, 2103, "The chosen algorithm cannot solve this kind of problem.")                  \
-  X(QRN_RES_ERR_OPT_SOLVER, 2104, "The underlying solver failed.")                                                 \
-  X(QRN_RES_ERR_OPT_NONCONVEX, 2105, "The quadratic objective is not convex (concave when maximizing).")           \
-  X(QRN_RES_ERR_NO_BASIS, 2110, "The task has no basic solution with a complete basis.")                           \
-  X(QRN_RES_ERR_BASIS_SINGULAR, 2111, "The basis matrix is singular.")                                             \
-  X(QRN_RES_ERR_BASIS_NOT_INIT, 2112, "No basis factorization: call QRN_initbasissolve first.")                    \
-  X(QRN_RES_ERR_MARK, 2113, "A mark is not QRN_MARK_LO or QRN_MARK_UP.")                                           \
-  X(QRN_RES_ERR_NO_CERTIFICATE, 2115, "The solution holds no primal infeasibility certificate.")                   \
-  X(QRN_RES_ERR_NOT_INFEASIBLE, 2116, "The problem is feasible: there is no infeasible subproblem.")               \
-  X(QRN_RES_ERR_REPAIR_WEIGHT, 2117, "A repair weight is NaN.")                                                    \
-  X(QRN_RES_ERR_REPAIR_FAILED, 2118, "The relaxed problem could not be made feasible.")                            \
-  X(QRN_RES_ERR_OPT_DJC, 2150, "Disjunctive constraints are not supported by the conic optimizer.")             \
-  X(QRN_RES_ERR_OPT_QCON_NONCONVEX, 2151, "A quadratic constraint is not convex.")                                \
-  X(QRN_RES_ERR_OPT_INT_CONIC, 2152, "Integer variables with conic data or quadratic constraints are not supported.") \
-  X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.")      \
-  X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.")         \
-  X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")                      \
-  X(QRN_RES_ERR_LA_NOT_POSDEF, 2203, "The matrix is not positive definite.")                                       \
-  X(QRN_RES_ERR_LA_NO_CONVERGENCE, 2204, "The eigenvalue computation did not converge.")                           \
-  X(QRN_RES_ERR_LA_ROW_INDEX, 2205, "A row index of a sparse matrix lies outside 0..n-1.")                         \
-  X(QRN_RES_ERR_LA_NOT_LOWER, 2206, "A sparse matrix has an entry where its lower triangular layout allows none.") \
-  X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")                    \
-  X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.")                   \
-  X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")                    \
-  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")
+  X(QRN_RES_OK, 0, "No error occurred.")                                                                                \
+  X(QRN_RES_WRN_NAME_MAX_LEN, 100, "A name is longer than the recommended maximum length.")                             \
+  X(QRN_RES_WRN_NO_NAME, 101, "No item has the requested name.")                                                        \
+  X(QRN_RES_ERR_NULL_ENV, 1000, "The environment handle is null.")                                                      \
+  X(QRN_RES_ERR_NULL_TASK, 1001, "The task handle is null.")                                                            \
+  X(QRN_RES_ERR_NULL_POINTER, 1002, "An array argument is null although its count is not zero.")                        \
+  X(QRN_RES_ERR_SPACE, 1003, "The library could not allocate memory.")                                                  \
+  X(QRN_RES_ERR_INTERNAL, 1004, "An internal error occurred in the library.")                                           \
+  X(QRN_RES_ERR_ARGUMENT, 1005, "An argument has an invalid value.")                                                    \
+  X(QRN_RES_ERR_TOO_SMALL, 1006, "An output capacity or buffer is too small for the data.")                             \
+  X(QRN_RES_ERR_STREAM, 1007, "The stream number is not one of the four library streams.")                              \
+  X(QRN_RES_ERR_FILE_OPEN, 1008, "A file could not be opened.")                                                         \
+  X(QRN_RES_ERR_WRITE, 1009, "Writing data failed or the receiver took fewer bytes than given.")                        \
+  X(QRN_RES_ERR_DATA_FORMAT, 1010, "The data format is not known or not supported here.")                               \
+  X(QRN_RES_ERR_COMPRESSION, 1011, "The compression type is not known or not supported here.")                          \
+  X(QRN_RES_ERR_STOPPED, 1012, "The callback function asked the library to stop.")                                      \
+  X(QRN_RES_ERR_INDEX_CON, 1100, "A constraint index is out of range.")                                                 \
+  X(QRN_RES_ERR_INDEX_VAR, 1101, "A variable index is out of range.")                                                   \
+  X(QRN_RES_ERR_INDEX_CONE, 1102, "A cone index is out of range.")                                                      \
+  X(QRN_RES_ERR_SLICE, 1103, "A slice has first greater than last or lies outside the items.")                          \
+  X(QRN_RES_ERR_DUP_INDEX, 1104, "An index occurs more than once in a list that must not repeat.")                      \
+  X(QRN_RES_ERR_NEGATIVE_COUNT, 1105, "A count or capacity is negative.")                                               \
+  X(QRN_RES_ERR_PTR_RANGE, 1106, "A pointer pair has ptrb greater than ptre or a negative entry.")                      \
+  X(QRN_RES_ERR_MAX_CAPACITY, 1107, "A capacity is smaller than what the task already holds.")                          \
+  X(QRN_RES_ERR_VALUE_NAN, 1108, "A value is NaN or infinite where a finite value is required.")                        \
+  X(QRN_RES_ERR_BOUND_KEY, 1200, "A bound key is not one of the library's bound keys.")                                 \
+  X(QRN_RES_ERR_BOUND_INFINITE, 1201, "A finite bound is required by the bound key but is infinite.")                   \
+  X(QRN_RES_ERR_OBJ_SENSE, 1202, "The objective sense is not one of the library's senses.")                             \
+  X(QRN_RES_ERR_VAR_TYPE, 1203, "A variable type is not one of the library's variable types.")                          \
+  X(QRN_RES_ERR_QUAD_UPPER, 1300, "A quadratic term lies in the upper triangle (column > row).")                        \
+  X(QRN_RES_ERR_CONE_TYPE, 1301, "A cone type is not one of the library's cone types.")                                 \
+  X(QRN_RES_ERR_CONE_SIZE, 1302, "A cone has too few members for its type.")                                            \
+  X(QRN_RES_ERR_CONE_OVERLAP, 1303, "A variable is a member of more than one cone.")                                    \
+  X(QRN_RES_ERR_CONE_REP_VAR, 1304, "A variable occurs twice among the members of one cone.")                           \
+  X(QRN_RES_ERR_CONE_PARAMETER, 1305, "A cone parameter is outside its allowed range.")                                 \
+  X(QRN_RES_ERR_NAME_FORMAT, 1400, "A name format text is invalid.")                                                    \
+  X(QRN_RES_ERR_NAME_UTF8, 1401, "A name is not valid UTF-8.")                                                          \
+  X(QRN_RES_ERR_NAME_DUPLICATE, 1402, "Another item of the same kind already has the name.")                            \
+  X(QRN_RES_ERR_NAME_POSITION, 1403, "A position lies outside the shape of generated names.")                           \
+  X(QRN_RES_ERR_PARAM_INDEX, 1500, "A parameter identifier is out of range.")                                           \
+  X(QRN_RES_ERR_PARAM_NAME, 1501, "No parameter has the given name.")                                                   \
+  X(QRN_RES_ERR_PARAM_VALUE, 1502, "A parameter value is outside the parameter's allowed range.")                       \
+  X(QRN_RES_ERR_PARAM_TYPE, 1503, "The parameter has another kind than the call expects.")                              \
+  X(QRN_RES_ERR_INF_INDEX, 1600, "An information item identifier is out of range.")                                     \
+  X(QRN_RES_ERR_UNKNOWN_KEY, 1601, "The text names no constant of the requested kind.")                                 \
+  X(QRN_RES_ERR_INDEX_AFE, 1700, "An affine expression index is out of range.")                                         \
+  X(QRN_RES_ERR_INDEX_DOMAIN, 1701, "A domain index is out of range.")                                                  \
+  X(QRN_RES_ERR_INDEX_ACC, 1702, "An affine conic constraint index is out of range.")                                   \
+  X(QRN_RES_ERR_INDEX_DJC, 1703, "A disjunctive constraint index is out of range.")                                     \
+  X(QRN_RES_ERR_INDEX_BARVAR, 1704, "A semidefinite variable index is out of range.")                                   \
+  X(QRN_RES_ERR_INDEX_SYMMAT, 1705, "A symmetric matrix index is out of range.")                                        \
+  X(QRN_RES_ERR_DOMAIN_DIMENSION, 1706, "The dimension is not allowed for the domain type.")                            \
+  X(QRN_RES_ERR_DOMAIN_POWER_WEIGHTS, 1707, "Power cone weights are not positive and finite, or too many.")             \
+  X(QRN_RES_ERR_DOMAIN_NOT_POWER, 1708, "The domain is not a power cone.")                                              \
+  X(QRN_RES_ERR_ACC_SIZE, 1709, "The number of affine expressions differs from the domains' dimensions.")               \
+  X(QRN_RES_ERR_DJC_TERMS, 1710, "The term sizes of a disjunctive constraint do not partition its domains.")            \
+  X(QRN_RES_ERR_SYMMAT_UPPER, 1711, "A symmetric matrix entry lies in the upper triangle (column > row).")              \
+  X(QRN_RES_ERR_SYMMAT_RANGE, 1712, "A symmetric matrix entry lies outside the matrix dimension.")                      \
+  X(QRN_RES_ERR_SYMMAT_REPEATED, 1713, "A symmetric matrix entry is given twice.")                                      \
+  X(QRN_RES_ERR_SYMMAT_DIM, 1714, "A matrix dimension differs from that of its semidefinite variable.")                 \
+  X(QRN_RES_ERR_BARVAR_DIM, 1715, "A semidefinite variable dimension is not positive.")                                 \
+  X(QRN_RES_ERR_BAR_POSITION, 1716, "The position names no non-zero semidefinite coefficient.")                         \
+  X(QRN_RES_ERR_EIGEN, 1719, "An eigenvalue computation did not converge.")                                             \
+  X(QRN_RES_ERR_READ_SYNTAX, 1900, "The text does not follow its format.")                                              \
+  X(QRN_RES_ERR_READ_EOF, 1901, "The file or text ends before its data is complete.")                                   \
+  X(QRN_RES_ERR_READ_NUMBER, 1902, "A number in the text is malformed, NaN or out of range.")                           \
+  X(QRN_RES_ERR_READ_NAME_UNKNOWN, 1903, "The text refers to a name that it does not define.")                          \
+  X(QRN_RES_ERR_READ_NAME_DUP, 1904, "The text defines one name twice or states one entry twice.")                      \
+  X(QRN_RES_ERR_READ_SECTION, 1905, "The text has an unknown, repeated or misplaced section.")                          \
+  X(QRN_RES_ERR_READ_UNSUPPORTED, 1906, "The text holds a kind of data this library cannot hold.")                      \
+  X(QRN_RES_ERR_READ_VERSION, 1907, "The data is not of the format or of an unknown version.")                          \
+  X(QRN_RES_ERR_READ_INDEX, 1908, "An index or count in the text is out of range.")                                     \
+  X(QRN_RES_ERR_GZIP, 1909, "Compressed data is corrupt or could not be compressed.")                                   \
+  X(QRN_RES_ERR_WRITE_LOSES_NAMES, 1920, "The format cannot hold some of the task's names.")                            \
+  X(QRN_RES_ERR_WRITE_LOSES_QUADRATIC, 1921, "The format cannot hold the task's quadratic terms.")                      \
+  X(QRN_RES_ERR_WRITE_LOSES_CONES, 1922, "The format cannot hold the task's cones.")                                    \
+  X(QRN_RES_ERR_WRITE_LOSES_BOUNDS, 1923, "The format cannot state some of the task's bounds exactly.")                 \
+  X(QRN_RES_ERR_WRITE_LOSES_INTEGER, 1924, "The format cannot hold integer variables.")                                 \
+  X(QRN_RES_ERR_WRITE_LOSES_NUMBERS, 1925, "The format cannot state some number exactly.")                              \
+  X(QRN_RES_ERR_SOL_SIZE, 1942, "The solution read does not match the task's sizes.")                                   \
+  X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.")        \
+  X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                                          \
+  X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")                        \
+  X(QRN_RES_ERR_SOL_KEY, 2003, "A status key is not one of the library's status keys.")                                 \
+  X(QRN_RES_TRM_MAX_ITERATIONS, 2050, "The optimizer stopped at its iteration limit.")                                  \
+  X(QRN_RES_TRM_MAX_TIME, 2051, "The optimizer stopped at its time limit.")                                             \
+  X(QRN_RES_TRM_MIP_GAP, 2052, "The mixed-integer search stopped: the gap tolerance was met.")                          \
+  X(QRN_RES_TRM_MAX_NODES, 2053, "The mixed-integer search stopped at its node limit.")                                 \
+  X(QRN_RES_TRM_MAX_SOLUTIONS, 2054, "The mixed-integer search stopped at its solution limit.")                         \
+  X(QRN_RES_TRM_USER_CALLBACK, 2055, "The optimizer stopped because the callback asked it to.")                         \
+  X(QRN_RES_TRM_NUMERICAL_PROBLEM, 2056, "The optimizer stopped after numerical trouble.")                              \
+  X(QRN_RES_ERR_OPT_QCON, 2100, "Quadratic constraints are not supported by the optimizers.")                           \
+  X(QRN_RES_ERR_OPT_CONES, 2101, "Cones are not supported by the optimizers.")                                          \
+  X(QRN_RES_ERR_OPT_MIQP, 2102, "Integer variables with a quadratic objective are not supported.")                      \
+  X(QRN_RES_ERR_OPT_COMBINATION, 2103, "The chosen algorithm cannot solve this kind of problem.")                       \
+  X(QRN_RES_ERR_OPT_SOLVER, 2104, "The underlying solver failed.")                                                      \
+  X(QRN_RES_ERR_OPT_NONCONVEX, 2105, "The quadratic objective is not convex (concave when maximizing).")                \
+  X(QRN_RES_ERR_NO_BASIS, 2110, "The task has no basic solution with a complete basis.")                                \
+  X(QRN_RES_ERR_BASIS_SINGULAR, 2111, "The basis matrix is singular.")                                                  \
+  X(QRN_RES_ERR_BASIS_NOT_INIT, 2112, "No basis factorization: call QRN_initbasissolve first.")                         \
+  X(QRN_RES_ERR_MARK, 2113, "A mark is not QRN_MARK_LO or QRN_MARK_UP.")                                                \
+  X(QRN_RES_ERR_NO_CERTIFICATE, 2115, "The solution holds no primal infeasibility certificate.")                        \
+  X(QRN_RES_ERR_NOT_INFEASIBLE, 2116, "The problem is feasible: there is no infeasible subproblem.")                    \
+  X(QRN_RES_ERR_REPAIR_WEIGHT, 2117, "A repair weight is NaN.")                                                         \
+  X(QRN_RES_ERR_REPAIR_FAILED, 2118, "The relaxed problem could not be made feasible.")                                 \
+  X(QRN_RES_ERR_OPT_DJC, 2150, "Disjunctive constraints are not supported by the conic optimizer.")                     \
+  X(QRN_RES_ERR_OPT_QCON_NONCONVEX, 2151, "A quadratic constraint is not convex.")                                      \
+  X(QRN_RES_ERR_OPT_INT_CONIC, 2152, "Integer variables with conic data or quadratic constraints are not supported.")   \
+  X(QRN_RES_ERR_LA_DIMENSION, 2200, "A matrix or vector dimension is negative or too large for the routine.")           \
+  X(QRN_RES_ERR_LA_TRANSPOSE, 2201, "A transpose flag is neither QRN_TRANSPOSE_NO nor QRN_TRANSPOSE_YES.")              \
+  X(QRN_RES_ERR_LA_UPLO, 2202, "A triangle selector is neither QRN_UPLO_LO nor QRN_UPLO_UP.")                           \
+  X(QRN_RES_ERR_LA_NOT_POSDEF, 2203, "The matrix is not positive definite.")                                            \
+  X(QRN_RES_ERR_LA_NO_CONVERGENCE, 2204, "The eigenvalue computation did not converge.")                                \
+  X(QRN_RES_ERR_LA_ROW_INDEX, 2205, "A row index of a sparse matrix lies outside 0..n-1.")                              \
+  X(QRN_RES_ERR_LA_NOT_LOWER, 2206, "A sparse matrix has an entry where its lower triangular layout allows none.")      \
+  X(QRN_RES_ERR_LA_SINGULAR, 2207, "A triangular factor has a zero or missing diagonal entry.")                         \
+  X(QRN_RES_ERR_LA_ORDERING, 2208, "The ordering is not one of the QRN_CHOLESKY_ORDER_ values.")                        \
+  X(QRN_RES_ERR_LA_REGULARIZATION, 2209, "The regularization or its tolerance is not allowed.")                         \
+  X(QRN_RES_ERR_UNKNOWN_RESCODE, 2210, "The value is not a response code of the library.")                              \
+  X(QRN_RES_ERR_BATCH_NUM_THREADS, 2300, "The number of batch threads is negative.")                                    \
+  X(QRN_RES_ERR_BATCH_TIME, 2301, "The batch time limit is NaN.")                                                       \
+  X(QRN_RES_ERR_BATCH_DUP_TASK, 2302, "A task occurs more than once in the batch.")                                     \
+  X(QRN_RES_ERR_BATCH_THREAD_START, 2303, "No worker thread of the batch could be started.")                            \
+  X(QRN_RES_ERR_BATCH_NOT_STARTED, 2304, "The task was not optimized: the batch had stopped before its turn.")          \
+  X(QRN_RES_TRM_BATCH_RACE, 2305, "The optimizer stopped because another task of the batch finished first.")
 
 enum qrn_rescode_e {
 #define QRN_X_ENUM(name, value, text) name = value,
@@ -2447,6 +2453,56 @@ QRN_API qrn_rescode QRN_CALL QRN_linkfiletotaskstream(qrn_task_t task, qrn_int32
    message stream. */
 QRN_API qrn_rescode QRN_CALL QRN_getmemusagetask(qrn_task_t task, qrn_int64 *meminuse, qrn_int64 *maxmemuse);
 QRN_API qrn_rescode QRN_CALL QRN_checkmemtask(qrn_task_t task, const char *file, qrn_int32 line);
+
+/* ======================================================================= */
+/* Batch optimization                                                      */
+/* ======================================================================= */
+/* Optimizes the numtask tasks task[0..numtask) concurrently on a pool of
+   worker threads and returns when every one has ended. Each task is
+   optimized exactly as QRN_optimizetrm would optimize it alone (its
+   parameters, solutions, information items, last error, log and callback),
+   on one of the worker threads: its stream functions and its callback are
+   called on that thread, and those of different tasks may run at the same
+   time. Free threads take the tasks in list order.
+     israce      0: every task runs to its end. Not 0: a race: as soon as the
+                 run of one task ends normally (response code and termination
+                 code both QRN_RES_OK), every other running task stops with
+                 termination code QRN_RES_TRM_BATCH_RACE (its solutions then
+                 hold the last iterate, as after any stopped run) and the
+                 tasks not yet started are not run.
+     maxtime     wall-clock limit in seconds for the whole batch, counted
+                 from the call: each run's time limit is the smaller of its
+                 own (QRN_DPAR_TIME_LIMIT) and what is left of maxtime, and a
+                 run stopped by it ends with QRN_RES_TRM_MAX_TIME. 0, a
+                 negative value or one of at least QRN_INFINITY: no limit.
+                 NaN is QRN_RES_ERR_BATCH_TIME.
+     numthreads  number of worker threads, at most numtask; 0 means one per
+                 core. Negative is QRN_RES_ERR_BATCH_NUM_THREADS. The batch
+                 goes on with the threads that could be started
+                 (QRN_RES_ERR_BATCH_THREAD_START when none could).
+   A callback of any task that asks to stop stops the whole batch: every
+   running task ends with QRN_RES_TRM_USER_CALLBACK, and the tasks not yet
+   started are not run.
+   Results for task k, in two arrays of numtask entries (either may be null):
+     rcode[k]    the response code of its run, as QRN_optimizetrm returns it
+                 (QRN_RES_ERR_NULL_TASK for a null handle), or
+                 QRN_RES_ERR_BATCH_NOT_STARTED when the batch had stopped
+                 (a race won, a callback's stop, maxtime over) before the
+                 task's turn: such a task is left as it was.
+     trmcode[k]  its termination code when rcode[k] is QRN_RES_OK; for a task
+                 not started, why the batch stopped (QRN_RES_TRM_BATCH_RACE,
+                 QRN_RES_TRM_USER_CALLBACK or QRN_RES_TRM_MAX_TIME); else
+                 QRN_RES_OK.
+   The call returns QRN_RES_OK once the tasks have run, whatever their own
+   codes. Refused before anything runs, writing nothing (the message goes to
+   env's error stream): a negative numtask (QRN_RES_ERR_NEGATIVE_COUNT), a
+   null task array with numtask > 0 (QRN_RES_ERR_NULL_POINTER), a task listed
+   twice (QRN_RES_ERR_BATCH_DUP_TASK; null handles are not compared), and the
+   arguments above. The tasks may belong to any environment. While the batch
+   runs, its tasks must be neither changed nor deleted. */
+QRN_API qrn_rescode QRN_CALL QRN_optimizebatch(qrn_env_t env, qrn_int32 israce, qrn_real maxtime,
+                                               qrn_int32 numthreads, qrn_int64 numtask, qrn_task_t *task,
+                                               qrn_int32 *trmcode, qrn_int32 *rcode);
 
 #ifdef __cplusplus
 }

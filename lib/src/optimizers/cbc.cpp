@@ -132,7 +132,8 @@ MipResult solve_mip(const Problem &p, Run &run) {
   model.setIntegerTolerance(dp[QRN_DPAR_MIP_INT_TOL]);
   model.setMaximumNodes(ip[QRN_IPAR_MIP_NODE_LIMIT]);
   model.setMaximumSolutions(ip[QRN_IPAR_MIP_SOLUTION_LIMIT]);
-  double seconds = std::min(dp[QRN_DPAR_MIP_TIME_LIMIT], dp[QRN_DPAR_TIME_LIMIT]);
+  // The run's limit is the task's, or less in a batch with a time limit.
+  double seconds = std::min(dp[QRN_DPAR_MIP_TIME_LIMIT], run.time_limit);
   if (seconds < QRN_INFINITY) {
     model.setMaximumSeconds(std::max(0.0, seconds - run.elapsed()));
     model.setUseElapsedTime(true);

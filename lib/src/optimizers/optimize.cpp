@@ -44,6 +44,7 @@ const char *ending_name(Ending e) {
     case Ending::gap: return "gap tolerance met";
     case Ending::callback: return "stopped by the callback";
     case Ending::numerical: return "numerical trouble";
+    case Ending::race: return "another task of the batch finished first";
   }
   return "?";
 }
