@@ -1,14 +1,14 @@
 // qrn-optserver: command line, signals and start-up of the optimization server.
 #include "server.hpp"
 
-#include <atomic>
 #include <cctype>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <pthread.h>
+#include <cerrno>
+#include <unistd.h>
 #include <string>
 #include <thread>
 
@@ -43,6 +43,16 @@ double number(const std::string &name, const std::string &v, double lo, double h
   if (v.empty() || end != v.c_str() + v.size() || !(x >= lo && x <= hi))
     bad(name + " must be a number in [" + std::to_string(lo) + ", " + std::to_string(hi) + "], not \"" + v + "\"");
   return x;
+}
+
+int signal_pipe[2] = {-1, -1};
+
+extern "C" void on_signal(int) {
+  const int saved = errno;
+  const char byte = 1;
+  if (write(signal_pipe[1], &byte, 1) < 0) {
+  }
+  errno = saved;
 }
 
 bool valid_id(const std::string &id) {
@@ -93,13 +103,19 @@ int main(int argc, char **argv) {
     if (token.empty()) bad("the token file " + opt.token_file + " starts with an empty line");
   }
 
-  // Signals go to one thread that stops the server; every other thread
-  // (HTTP handlers, workers) starts with them blocked.
-  sigset_t sigs;
-  sigemptyset(&sigs);
-  sigaddset(&sigs, SIGTERM);
-  sigaddset(&sigs, SIGINT);
-  pthread_sigmask(SIG_BLOCK, &sigs, nullptr);
+  // SIGTERM and SIGINT write a byte to a pipe that one thread waits on and
+  // then stops the server (a handler, not a blocked mask: threads that
+  // libraries start before main would otherwise take the signal).
+  if (pipe(signal_pipe) != 0) {
+    std::perror("qrn-optserver: pipe");
+    return 1;
+  }
+  struct sigaction sa {};
+  sa.sa_handler = on_signal;
+  sigemptyset(&sa.sa_mask);
+  sa.sa_flags = SA_RESTART;
+  sigaction(SIGTERM, &sa, nullptr);
+  sigaction(SIGINT, &sa, nullptr);
   std::signal(SIGPIPE, SIG_IGN);
 
   try {
@@ -107,17 +123,17 @@ int main(int argc, char **argv) {
     server.set_access_token(token);
     const int port = server.bind();
     if (port < 0) return 1;
-    std::atomic<bool> stopped_by_signal{false};
     std::thread waiter([&] {
-      int sig = 0;
-      sigwait(&sigs, &sig);
-      stopped_by_signal = true;
-      server.shutdown();
+      char byte = 0;
+      while (read(signal_pipe[0], &byte, 1) < 0 && errno == EINTR) {
+      }
+      if (byte == 1) server.shutdown();
     });
     std::printf("listening on %s:%d\n", opt.host.c_str(), port);
     std::fflush(stdout);
     server.run();
-    if (!stopped_by_signal) pthread_kill(waiter.native_handle(), SIGTERM);
+    const char wake = 0;  // ends the waiter when no signal came
+    if (write(signal_pipe[1], &wake, 1) < 0) std::perror("qrn-optserver: write");
     waiter.join();
     std::fprintf(stderr, "qrn-optserver: stopped\n");
   } catch (const std::exception &e) {

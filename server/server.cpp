@@ -153,6 +153,13 @@ void Server::routes() {
 
   s.set_pre_routing_handler([this](const httplib::Request &req, httplib::Response &res) {
     res.set_header("X-Qrn-Server", "qrn-optserver/1 " + opt_.server_id);
+    // A body announced too large is refused before it is read.
+    const std::string length = req.get_header_value("Content-Length");
+    if (!length.empty() && (length.size() > 15 || std::strtoull(length.c_str(), nullptr, 10) > opt_.max_body)) {
+      res.set_header("Connection", "close");
+      refuse(res, 413, "the request is larger than --max-body (" + std::to_string(opt_.max_body) + " bytes)");
+      return httplib::Server::HandlerResponse::Handled;
+    }
     if (access_.empty() || req.path.rfind("/v1/jobs", 0) != 0) return httplib::Server::HandlerResponse::Unhandled;
     const std::string auth = req.get_header_value("Authorization");
     if (auth.rfind("Bearer ", 0) == 0 && same(auth.substr(7), access_))
@@ -162,7 +169,7 @@ void Server::routes() {
     return httplib::Server::HandlerResponse::Handled;
   });
   s.set_error_handler([this](const httplib::Request &, httplib::Response &res) {
-    res.set_header("X-Qrn-Server", "qrn-optserver/1 " + opt_.server_id);
+    if (!res.has_header("X-Qrn-Server")) res.set_header("X-Qrn-Server", "qrn-optserver/1 " + opt_.server_id);
     if (!res.body.empty()) return;
     std::string msg = res.status == 404   ? "no such resource (see docs/remote.md)"
                       : res.status == 413 ? "the request is larger than --max-body (" + std::to_string(opt_.max_body) +

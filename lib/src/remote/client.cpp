@@ -238,7 +238,8 @@ class Session {
       if ((e == httplib::Error::Read || e == httplib::Error::Write) && took >= 0.9 * (timeout_ + wait))
         fail(QRN_RES_ERR_REMOTE_TIMEOUT, head + "no answer within " + seconds(timeout_ + wait) + ".");
       if (e == httplib::Error::Read || e == httplib::Error::Write)
-        fail(QRN_RES_ERR_REMOTE_LOST, head + "the connection broke off (" + cause + ").");
+        fail(QRN_RES_ERR_REMOTE_LOST, head + "the connection broke off: the server went away or closed it (" +
+                                          (e == httplib::Error::Read ? "reading" : "writing") + " failed).");
       fail(QRN_RES_ERR_REMOTE_PROTOCOL, head + cause + ".");
     }
   }
