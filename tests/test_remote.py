@@ -355,6 +355,36 @@ def test_network_failures_have_their_own_codes(env):
     t.dispose()
 
 
+def test_truncated_and_corrupted_results_are_refused(server, env):
+    t = small_lp(_qrn.Task(env))
+    tok = bytearray()
+    assert t.asyncoptimize_ssO_3(server.addr, "", tok) == (0, None)
+    token = tok[:tok.index(0)].decode()
+    wait_done(t, server.addr, token)
+    status, good = server.request("GET", f"/v1/jobs/{token}/result")
+    assert status == 200
+    fake = FakeServer((200, b"", good))
+    u = small_lp(_qrn.Task(env))
+    assert u.asyncgetresult_sss_4(fake.addr, "", token) == (0, (1, 0, 0))
+    assert dinf(u, "BASIC_PRIMAL_OBJ") == pytest.approx(-11)
+    other = load(_qrn.Task(env), [[1, 1]], [1, 1], [("UPPER", -INF, 1)], [("LOWER", 0, INF)] * 2)
+    assert other.asyncgetresult_sss_4(fake.addr, "", token)[0] == c("RES_ERR_SOL_SIZE")
+    for n in sorted(set(range(0, len(good), 23)) | {len(good) - 1}):
+        fake.reply = (200, b"", good[:n])
+        assert u.asyncgetresult_sss_4(fake.addr, "", token)[0] == c("RES_ERR_REMOTE_PROTOCOL"), n
+    rnd = random.Random(5)
+    allowed = {0, c("RES_ERR_REMOTE_PROTOCOL"), c("RES_ERR_SOL_SIZE")}
+    for _ in range(150):
+        bad = bytearray(good)
+        for _ in range(rnd.randint(1, 3)):
+            bad[rnd.randrange(8, len(bad))] = rnd.choice([0, 0xff, rnd.randrange(256)])
+        fake.reply = (200, b"", bytes(bad))
+        assert u.asyncgetresult_sss_4(fake.addr, "", token)[0] in allowed
+    fake.close()
+    for x in (t, u, other):
+        x.dispose()
+
+
 def test_server_killed_mid_job(env):
     s = Server("--workers", "1")
     t = market_split(_qrn.Task(env))

@@ -272,6 +272,7 @@ std::string task_file(Task &t) {
                                         "variables, which the binary task file does not carry to a server.");
   FileProblem p = extract(h);
   WriteOptions opt = write_options(t);
+  opt.solutions = false;  // a run replaces them all
   std::string buf;
   Sink sink = [&](const char *d, size_t n) { buf.append(d, n); };
   Out out(sink, opt.precision);
