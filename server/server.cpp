@@ -200,7 +200,6 @@ void Server::routes() {
     }
     auto job = std::make_shared<Job>();
     job->server = this;
-    job->arrived = Clock::now();
     job->request_bytes = req.body.size();
     qrn_task_t task = nullptr;
     if (QRN_makeemptytask(env_, &task) != QRN_RES_OK) return refuse(res, 500, "cannot make a task");
@@ -221,6 +220,7 @@ void Server::routes() {
     QRN_putdouparam(task, QRN_DPAR_TIME_LIMIT, limit);
     QRN_putdouparam(task, QRN_DPAR_CALLBACK_INTERVAL, std::min(interval, 0.05));
     job->task = task;
+    job->arrived = Clock::now();  // read and accepted: the queue time starts
     for (qrn_int32 k = 0; k < 4; ++k) QRN_linkfunctotaskstream(task, k, job.get(), on_text);
     QRN_putcallbackfunc(task, on_progress, job.get());
     {
