@@ -407,7 +407,12 @@ void Server::reaper() {
 void Server::run() {
   for (int k = 0; k < opt_.workers; ++k) threads_.emplace_back([this] { worker(); });
   threads_.emplace_back([this] { reaper(); });
-  http_->listen_after_bind();
+  bool stop_now;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    stop_now = stopping_;
+  }
+  if (!stop_now) http_->listen_after_bind();
   // Stopped: running jobs end at their next callback, queued ones are dropped.
   {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -427,6 +432,8 @@ void Server::shutdown() {
   }
   changed_.notify_all();
   work_.notify_all();
+  // A signal just before run() starts listening: wait for it to listen.
+  for (int k = 0; k < 2000 && !http_->is_running(); ++k) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   http_->stop();
 }
 
