@@ -14,7 +14,7 @@ QRN_VENV="$QRN_ROOT/.venv"
 QRN_LOG="$QRN_ROOT/build/setup.log"
 
 QRN_DEBIAN_PACKAGES=(g++ pkg-config coinor-libclp-dev coinor-libcbc-dev libopenblas-dev liblapacke-dev
-                     libsuitesparse-dev nlohmann-json3-dev zlib1g-dev)
+                     libsuitesparse-dev nlohmann-json3-dev zlib1g-dev libcpp-httplib-dev)
 QRN_PIP_TOOLS=("scikit-build-core>=0.8" "cmake>=3.18" ninja)
 
 step() { printf 'setup: %s\n' "$*"; }

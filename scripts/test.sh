@@ -5,6 +5,12 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$QRN_ROOT"
 install_extra test
+# nginx for the scale-out test (tests/test_remote.py skips it when nginx is missing)
+if ! command -v nginx >/dev/null && [[ ! -x /usr/sbin/nginx ]] && ((EUID == 0)) && command -v apt-get >/dev/null; then
+  printf 'test: installing nginx for the scale-out test\n'
+  QRN_DEBIAN_PACKAGES=(nginx)
+  install_debian_packages || printf 'test: nginx could not be installed: the scale-out test is skipped\n'
+fi
 
 status=0
 report() { printf 'test: %s\n' "$*"; }

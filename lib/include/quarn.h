@@ -193,7 +193,19 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_BATCH_DUP_TASK, 2302, "A task occurs more than once in the batch.")                                     \
   X(QRN_RES_ERR_BATCH_THREAD_START, 2303, "No worker thread of the batch could be started.")                            \
   X(QRN_RES_ERR_BATCH_NOT_STARTED, 2304, "The task was not optimized: the batch had stopped before its turn.")          \
-  X(QRN_RES_TRM_BATCH_RACE, 2305, "The optimizer stopped because another task of the batch finished first.")
+  X(QRN_RES_TRM_BATCH_RACE, 2305, "The optimizer stopped because another task of the batch finished first.")            \
+  X(QRN_RES_ERR_REMOTE_ADDRESS, 2320, "The server address is not HOST:PORT or http://HOST:PORT.")                       \
+  X(QRN_RES_ERR_REMOTE_CONNECT, 2321, "No connection to the optimization server could be made.")                        \
+  X(QRN_RES_ERR_REMOTE_TIMEOUT, 2322, "The optimization server did not answer in time.")                                \
+  X(QRN_RES_ERR_REMOTE_LOST, 2323, "The connection to the optimization server broke off.")                              \
+  X(QRN_RES_ERR_REMOTE_PROTOCOL, 2324, "The server's answer is garbled or not of the optimization protocol.")           \
+  X(QRN_RES_ERR_REMOTE_AUTH, 2325, "The optimization server refused the access token.")                                 \
+  X(QRN_RES_ERR_REMOTE_JOB_UNKNOWN, 2326, "The optimization server holds no job with this token.")                      \
+  X(QRN_RES_ERR_REMOTE_REFUSED, 2327, "The optimization server refused the request as malformed.")                      \
+  X(QRN_RES_ERR_REMOTE_TOO_LARGE, 2328, "The task is larger than the optimization server accepts.")                     \
+  X(QRN_RES_ERR_REMOTE_BUSY, 2329, "The optimization server holds too many jobs or is shutting down.")                  \
+  X(QRN_RES_ERR_REMOTE_SERVER, 2330, "The optimization server failed with an internal error.")                          \
+  X(QRN_RES_ERR_REMOTE_TOKEN, 2331, "The job token is not one an optimization server issues.")
 
 enum qrn_rescode_e {
 #define QRN_X_ENUM(name, value, text) name = value,
@@ -2503,6 +2515,85 @@ QRN_API qrn_rescode QRN_CALL QRN_checkmemtask(qrn_task_t task, const char *file,
 QRN_API qrn_rescode QRN_CALL QRN_optimizebatch(qrn_env_t env, qrn_int32 israce, qrn_real maxtime,
                                                qrn_int32 numthreads, qrn_int64 numtask, qrn_task_t *task,
                                                qrn_int32 *trmcode, qrn_int32 *rcode);
+
+/* ======================================================================= */
+/* Remote optimization                                                     */
+/* ======================================================================= */
+/* A task can be optimized by an optimization server (qrn-optserver; protocol
+   in docs/remote.md). addr is "HOST:PORT" or "http://HOST:PORT"; accesstoken
+   is the server's access token, "" for none. The task is sent whole (the
+   binary task file with its parameters); the server runs QRN_optimizetrm on
+   it and sends back the solutions, the information items, the response and
+   termination codes and the log. A task with affine conic or disjunctive
+   constraints or semidefinite variables cannot be sent
+   (QRN_RES_ERR_WRITE_LOSES_CONES).
+   Network failures each have their own code, with the server and the cause in
+   the message: a malformed address QRN_RES_ERR_REMOTE_ADDRESS; no connection
+   (after QRN_IPAR_REMOTE_RETRIES attempts, a short pause between them)
+   QRN_RES_ERR_REMOTE_CONNECT; no answer within QRN_DPAR_REMOTE_TIMEOUT
+   seconds QRN_RES_ERR_REMOTE_TIMEOUT; a server gone while the job ran
+   QRN_RES_ERR_REMOTE_LOST; a garbled answer QRN_RES_ERR_REMOTE_PROTOCOL; the
+   server's refusals QRN_RES_ERR_REMOTE_AUTH (token), _JOB_UNKNOWN (no such
+   job, or its result was dropped), _REFUSED (malformed request or task file),
+   _TOO_LARGE, _BUSY and _SERVER. A failing call leaves the task as it was.
+
+   optimizermt sends the task, waits for the result and stores it as
+   QRN_optimizetrm would: the solutions, the information items (those of the
+   server's run, with QRN_DINF_TIME_REMOTE, QRN_DINF_REMOTE_QUEUE_TIME,
+   QRN_IINF_REMOTE_ATTEMPTS, QRN_IINF_REMOTE_SOLVES and
+   QRN_LIINF_REMOTE_BYTES_SENT added), *trmcode, and the server's log, which is
+   written to the task's log stream as it arrives. While it waits, the
+   callback gets QRN_CALLBACK_BEGIN, QRN_CALLBACK_ITERATION at most every
+   QRN_DPAR_CALLBACK_INTERVAL seconds (with the task's information items as
+   they were) and QRN_CALLBACK_END when the result is stored; a non-zero
+   answer stops the remote job, whose result then ends with
+   QRN_RES_TRM_USER_CALLBACK. When the server's run could not be made, the
+   call fails with the server's response code and message. With a finite
+   QRN_DPAR_TIME_LIMIT the wait ends after that limit plus
+   QRN_DPAR_REMOTE_TIMEOUT (QRN_RES_ERR_REMOTE_TIMEOUT, the job is stopped). */
+QRN_API qrn_rescode QRN_CALL QRN_optimizermt(qrn_task_t task, const char *addr, const char *accesstoken,
+                                             qrn_int32 *trmcode);
+/* Sends the task and returns at once: token (65 bytes) receives the job's
+   token, at most 64 characters and a NUL: the server's id, '-', 32 hex
+   digits. A load balancer routes by the server id (docs/remote.md). */
+QRN_API qrn_rescode QRN_CALL QRN_asyncoptimize(qrn_task_t task, const char *addr, const char *accesstoken,
+                                               char *token);
+/* Asks the server to stop the job (it ends with QRN_RES_TRM_USER_CALLBACK,
+   at once when it has not started); its result is still to be fetched. */
+QRN_API qrn_rescode QRN_CALL QRN_asyncstop(qrn_task_t task, const char *addr, const char *accesstoken,
+                                           const char *token);
+/* *respavailable is 1 when the job has ended, with the response code of the
+   server's run in *resp and its termination code in *trm; else 0 (and
+   *resp, *trm QRN_RES_OK). The task is not changed. */
+QRN_API qrn_rescode QRN_CALL QRN_asyncpoll(qrn_task_t task, const char *addr, const char *accesstoken,
+                                           const char *token, qrn_int32 *respavailable, qrn_rescode *resp,
+                                           qrn_rescode *trm);
+/* As asyncpoll; when the job has ended, also stores its result in the task as
+   optimizermt does (solutions and information only when *resp is
+   QRN_RES_OK; the server's log goes to the log stream either way) and lets
+   the server drop it. A result must fit the task's sizes
+   (QRN_RES_ERR_SOL_SIZE). */
+QRN_API qrn_rescode QRN_CALL QRN_asyncgetresult(qrn_task_t task, const char *addr, const char *accesstoken,
+                                                const char *token, qrn_int32 *respavailable, qrn_rescode *resp,
+                                                qrn_rescode *trm);
+/* Makes later QRN_optimizetrm calls on this task run on the server at host
+   (as optimizermt does; it sets QRN_SPAR_REMOTE_SERVER, which may also be set
+   directly). host is an address as above, optionally with an access token
+   before the host: "http://TOKEN@HOST:PORT". An empty host makes them local
+   again. */
+QRN_API qrn_rescode QRN_CALL QRN_putoptserverhost(qrn_task_t task, const char *host);
+
+/* For the optimization server itself (qrn-optserver), not for applications:
+   readtaskbuffer reads a binary task file from memory into the task (as
+   QRN_readtask); writeremoteresult writes what optimizermt receives: the
+   task's solutions and information items (when resp is QRN_RES_OK) with the
+   given codes, seconds in the queue and from arrival to end, size of the
+   request, message and log, through func. */
+QRN_API qrn_rescode QRN_CALL QRN_readtaskbuffer(qrn_task_t task, const void *data, qrn_int64 size);
+QRN_API qrn_rescode QRN_CALL QRN_writeremoteresult(qrn_task_t task, qrn_rescode resp, qrn_int32 trmcode,
+                                                   qrn_real queuetime, qrn_real turnaround, qrn_int64 requestbytes,
+                                                   const char *message, const char *log, qrn_write_fn func,
+                                                   void *handle);
 
 #ifdef __cplusplus
 }

@@ -16,6 +16,7 @@ struct WriteOptions {
   bool use_names = true;  // QRN_IPAR_OUTPUT_NAMES
   std::string con_prefix = "c", var_prefix = "x", cone_prefix = "k";
   const Task *task = nullptr;  // for formats that also carry parameters and solutions
+  bool solutions = true;       // false: leave the solutions out (a task sent to be optimized)
 };
 
 // What a reader fills: the problem, and for formats that carry them the

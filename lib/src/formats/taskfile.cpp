@@ -274,7 +274,7 @@ void write_taskfile(const FileProblem &p, Out &out, const WriteOptions &opt) {
   section("NAME", [&](auto &x) { names_section(x, p); });
   if (opt.task != nullptr) {
     section("PARA", [&](auto &x) { params_section(x, opt.task->par); });
-    section("SOLN", [&](auto &x) { solutions_section(x, opt.task->sol); });
+    if (opt.solutions) section("SOLN", [&](auto &x) { solutions_section(x, opt.task->sol); });
   }
   w.put<uint32_t>(tag("END."));
   w.put<uint64_t>(0);

@@ -5,6 +5,7 @@
 #include "certs.hpp"
 #include "clp.hpp"
 #include "conicopt.hpp"
+#include "remote.hpp"
 #include "run.hpp"
 
 #include <lapacke.h>
@@ -666,7 +667,11 @@ using namespace qrn;
 extern "C" {
 
 QRN_API qrn_rescode QRN_CALL QRN_optimizetrm(qrn_task_t task, qrn_int32 *trmcode) {
-  return api(task, "QRN_optimizetrm", [&](Task &t) { put(trmcode, opt::optimize(t)); });
+  return api(task, "QRN_optimizetrm", [&](Task &t) {
+    // QRN_putoptserverhost (QRN_SPAR_REMOTE_SERVER) sends the run to a server.
+    if (!t.par.str[QRN_SPAR_REMOTE_SERVER].empty()) put(trmcode, remote::optimize_at_server_param(t));
+    else put(trmcode, opt::optimize(t));
+  });
 }
 
 QRN_API qrn_rescode QRN_CALL QRN_commitchanges(qrn_task_t task) {
