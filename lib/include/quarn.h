@@ -149,6 +149,10 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_WRITE_LOSES_INTEGER, 1924, "The format cannot hold integer variables.")                            \
   X(QRN_RES_ERR_WRITE_LOSES_NUMBERS, 1925, "The format cannot state some number exactly.")                         \
   X(QRN_RES_ERR_SOL_SIZE, 1942, "The solution read does not match the task's sizes.")                              \
+  X(QRN_RES_ERR_WRITE_LOSES_AFFINE_CONIC, 1950, "The format cannot hold the task's affine expressions or ACCs.")      \
+  X(QRN_RES_ERR_WRITE_LOSES_DISJUNCTIVE, 1951, "The format cannot hold disjunctive constraints.")                  \
+  X(QRN_RES_ERR_WRITE_LOSES_SEMIDEFINITE, 1952, "The format cannot hold the task's semidefinite data.")            \
+  X(QRN_RES_ERR_WRITE_LOSES_DOMAINS, 1953, "The format cannot hold some of the task's domains.")                   \
   X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.")   \
   X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                                     \
   X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")                   \
