@@ -173,14 +173,14 @@ void solutions_section(W &w, const std::array<Solution, QRN_SOL_COUNT> &sol) {
   for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k) {
     const Solution &s = sol[k];
     if (!s.defined) continue;
-    w.template put<uint32_t>(static_cast<uint32_t>(s.barx.size()));
-    for (const auto *bar : {&s.barx, &s.bars})
-      for (const std::vector<double> &v : *bar) w.counted(v);
     w.template put<int32_t>(k);
     w.template put<int32_t>(s.prosta);
     w.template put<int32_t>(s.solsta);
     w.counted(s.skc), w.counted(s.skx), w.counted(s.skn);
     for (const auto *v : {&s.xc, &s.xx, &s.y, &s.slc, &s.suc, &s.slx, &s.sux, &s.snx, &s.doty}) w.counted(*v);
+    w.template put<uint32_t>(static_cast<uint32_t>(s.barx.size()));
+    for (const auto *bar : {&s.barx, &s.bars})
+      for (const std::vector<double> &v : *bar) w.counted(v);
   }
 }
 
@@ -411,14 +411,14 @@ void read_solutions_section(BinIn &in, std::array<Solution, QRN_SOL_COUNT> &sol)
     s.prosta = in.get<int32_t>();
     s.solsta = in.get<int32_t>();
     if (prosta_name(s.prosta) == nullptr || solsta_name(s.solsta) == nullptr) in.bad(QRN_RES_ERR_READ_INDEX, "a status is out of range.");
+    in.counted(s.skc), in.counted(s.skx), in.counted(s.skn);
+    for (auto *v : {&s.xc, &s.xx, &s.y, &s.slc, &s.suc, &s.slx, &s.sux, &s.snx, &s.doty}) in.counted(*v);
     uint32_t nbar = in.get<uint32_t>();
     if (nbar > (in.end - in.pos) / 16) in.bad(QRN_RES_ERR_READ_EOF, "the data ends early.");
     for (auto *bar : {&s.barx, &s.bars}) {
       bar->resize(nbar);
       for (std::vector<double> &v : *bar) in.counted(v);
     }
-    in.counted(s.skc), in.counted(s.skx), in.counted(s.skn);
-    for (auto *v : {&s.xc, &s.xx, &s.y, &s.slc, &s.suc, &s.slx, &s.sux, &s.snx, &s.doty}) in.counted(*v);
   }
 }
 
