@@ -2374,6 +2374,18 @@ QRN_API qrn_rescode QRN_CALL QRN_solutionsummary(qrn_task_t task, qrn_int32 whic
 QRN_API qrn_rescode QRN_CALL QRN_onesolutionsummary(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
 QRN_API qrn_rescode QRN_CALL QRN_optimizersummary(qrn_task_t task, qrn_int32 whichstream);
 
+/* ---- Reports on the analysis of a solved task (file formats' reports) ----
+   sensitivityreport: the tables of the sensitivity analysis of the optimal
+   basic solution (QRN_primalsensitivity for every finite bound of every
+   constraint and variable, QRN_dualsensitivity for every c_j), with its
+   codes when there is no such solution (QRN_RES_ERR_NO_BASIS, ...).
+   infeasibilityreport: the constraint and variable bounds of the irreducible
+   infeasible set that QRN_getinfeasiblesubproblem finds from the primal
+   infeasibility certificate of solution whichsol, with each bound's
+   multiplier in the certificate (QRN_RES_ERR_NO_CERTIFICATE without one). */
+QRN_API qrn_rescode QRN_CALL QRN_sensitivityreport(qrn_task_t task, qrn_int32 whichstream);
+QRN_API qrn_rescode QRN_CALL QRN_infeasibilityreport(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
+
 /* Copies everything written to the task's stream whichstream into filename as
    well: append != 0 appends to the file, append == 0 empties it first. An
    empty filename unlinks the stream's file. The file is closed when it is

@@ -282,6 +282,8 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
       if (qi[k] != qj[k]) qx[qj[k]] += qv[k] * s.xx[qi[k]];
     }
     double primal = cfix + barc_objective(t, s), dual = cfix;
+    // Bound multipliers are >= 0 when minimizing and <= 0 when maximizing.
+    const double sg = t.sense == QRN_OBJECTIVE_SENSE_MAXIMIZE ? -1.0 : 1.0;
     for (qrn_int32 j = 0; j < n; ++j) primal += c[j] * s.xx[j] + 0.5 * qx[j] * s.xx[j];
 
     std::vector<double> aty(n, 0.0);  // A'y
@@ -302,7 +304,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
       Bound b;
       QRN_getconbound(self, i, &b.bk, &b.bl, &b.bu);
       vcon = std::max({vcon, outside_bounds(s.xc[i], b), std::fabs(s.xc[i] - ax)});
-      dcon = std::max({dcon, std::fabs(s.y[i] - s.slc[i] + s.suc[i]), -s.slc[i], -s.suc[i]});
+      dcon = std::max({dcon, std::fabs(s.y[i] - s.slc[i] + s.suc[i]), -sg * s.slc[i], -sg * s.suc[i]});
       if (std::isfinite(b.bl)) dual += s.slc[i] * b.bl;
       if (std::isfinite(b.bu)) dual -= s.suc[i] * b.bu;
     }
@@ -325,7 +327,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
       vvar = std::max(vvar, outside_bounds(s.xx[j], b));
       if (type == QRN_VAR_TYPE_INTEGER) vitg = std::max(vitg, std::fabs(s.xx[j] - std::round(s.xx[j])));
       double reduced = c[j] + qx[j] - aty[j] - fty[j] - s.slx[j] + s.sux[j] - s.snx[j];
-      dvar = std::max({dvar, std::fabs(reduced), -s.slx[j], -s.sux[j]});
+      dvar = std::max({dvar, std::fabs(reduced), -sg * s.slx[j], -sg * s.sux[j]});
       if (std::isfinite(b.bl)) dual += s.slx[j] * b.bl;
       if (std::isfinite(b.bu)) dual -= s.sux[j] * b.bu;
       dual -= 0.5 * qx[j] * s.xx[j];
@@ -340,7 +342,7 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
       Domain d{cone.type == QRN_CONE_RQUAD ? QRN_DOMAIN_RQUADRATIC_CONE : QRN_DOMAIN_QUADRATIC_CONE,
                static_cast<qrn_int64>(cone.members.size()), {}};
       std::vector<double> x, z;
-      for (qrn_int32 j : cone.members) x.push_back(s.xx[j]), z.push_back(s.snx[j]);
+      for (qrn_int32 j : cone.members) x.push_back(s.xx[j]), z.push_back(sg * s.snx[j]);
       vcone = std::max(vcone, domain_violation(d, x.data(), false));
       dcone = std::max(dcone, domain_violation(d, z.data(), true));
     }
