@@ -4,8 +4,8 @@ optionally followed by .gz):
 
     python examples/convert.py model.mps.gz model.lp
 
-Prints what was read and a short analysis of the problem. Solving comes with
-the optimizer.
+Prints what was read and a short analysis of the problem (examples/solve_file.py
+solves a problem file and writes its solution).
 """
 import sys
 

@@ -181,7 +181,6 @@ def test_solution_values(sdp):
     assert t.getprobtype__1() == (0, 2)
 
 
-@pytest.mark.skip(reason="the file formats take the conic sections next")
 def test_text_writer_covers_conic_data(sdp):
     t = sdp
     t.appendafes_L_2(1)

@@ -149,6 +149,10 @@ typedef size_t(QRN_CALL *qrn_write_fn)(void *handle, const void *data, size_t co
   X(QRN_RES_ERR_WRITE_LOSES_INTEGER, 1924, "The format cannot hold integer variables.")                                 \
   X(QRN_RES_ERR_WRITE_LOSES_NUMBERS, 1925, "The format cannot state some number exactly.")                              \
   X(QRN_RES_ERR_SOL_SIZE, 1942, "The solution read does not match the task's sizes.")                                   \
+  X(QRN_RES_ERR_WRITE_LOSES_AFFINE_CONIC, 1950, "The format cannot hold the task's affine expressions or ACCs.")        \
+  X(QRN_RES_ERR_WRITE_LOSES_DISJUNCTIVE, 1951, "The format cannot hold disjunctive constraints.")                       \
+  X(QRN_RES_ERR_WRITE_LOSES_SEMIDEFINITE, 1952, "The format cannot hold the task's semidefinite data.")                 \
+  X(QRN_RES_ERR_WRITE_LOSES_DOMAINS, 1953, "The format cannot hold some of the task's domains.")                        \
   X(QRN_RES_ERR_SOL_WHICH, 2000, "The solution identifier is not one of QRN_SOL_ITR, QRN_SOL_BAS, QRN_SOL_ITG.")        \
   X(QRN_RES_ERR_SOL_UNDEFINED, 2001, "The requested solution is not defined.")                                          \
   X(QRN_RES_ERR_SOL_ITEM, 2002, "The solution item is not one of the library's solution items.")                        \
@@ -2451,6 +2455,18 @@ QRN_API qrn_rescode QRN_CALL QRN_analyzeproblem(qrn_task_t task, qrn_int32 which
 QRN_API qrn_rescode QRN_CALL QRN_solutionsummary(qrn_task_t task, qrn_int32 whichstream);
 QRN_API qrn_rescode QRN_CALL QRN_onesolutionsummary(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
 QRN_API qrn_rescode QRN_CALL QRN_optimizersummary(qrn_task_t task, qrn_int32 whichstream);
+
+/* ---- Reports on the analysis of a solved task (file formats' reports) ----
+   sensitivityreport: the tables of the sensitivity analysis of the optimal
+   basic solution (QRN_primalsensitivity for every finite bound of every
+   constraint and variable, QRN_dualsensitivity for every c_j), with its
+   codes when there is no such solution (QRN_RES_ERR_NO_BASIS, ...).
+   infeasibilityreport: the constraint and variable bounds of the irreducible
+   infeasible set that QRN_getinfeasiblesubproblem finds from the primal
+   infeasibility certificate of solution whichsol, with each bound's
+   multiplier in the certificate (QRN_RES_ERR_NO_CERTIFICATE without one). */
+QRN_API qrn_rescode QRN_CALL QRN_sensitivityreport(qrn_task_t task, qrn_int32 whichstream);
+QRN_API qrn_rescode QRN_CALL QRN_infeasibilityreport(qrn_task_t task, qrn_int32 whichstream, qrn_int32 whichsol);
 
 /* Copies everything written to the task's stream whichstream into filename as
    well: append != 0 appends to the file, append == 0 empties it first. An

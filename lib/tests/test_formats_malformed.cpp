@@ -47,11 +47,12 @@ const Broken corpus[] = {
     {QRN_DATA_FORMAT_JSON_TASK, "", QRN_RES_ERR_READ_EOF, "<string>:1:1"},
     {QRN_DATA_FORMAT_JSON_TASK, "{\"format\": \"jtask\",\n \"version\": 1,\n \"task\": [}", QRN_RES_ERR_READ_SYNTAX, "<string>:3:11"},
     {QRN_DATA_FORMAT_JSON_TASK, "{\"format\": \"jtask\", \"version\": 2, \"task\": {}}", QRN_RES_ERR_READ_VERSION, "/version"},
-    {QRN_DATA_FORMAT_JSON_TASK, "{\"format\": \"jtask\", \"version\": 1, \"task\": {\"barvars\": []}}", QRN_RES_ERR_READ_UNSUPPORTED, "/task/barvars"},
+    {QRN_DATA_FORMAT_JSON_TASK, "{\"format\": \"jtask\", \"version\": 1, \"task\": {\"barvars\": [], \"variables\": {\"count\": 0, \"bk\": [], \"bl\": [], \"bu\": []}, \"constraints\": {\"count\": 0, \"bk\": [], \"bl\": [], \"bu\": []}, \"objective\": {\"sense\": \"minimize\"}}}", QRN_RES_ERR_READ_SYNTAX, "/task/barvars"},
     {QRN_DATA_FORMAT_CBF, "VER\n3\nVAR\n2 1\nF 3\n", QRN_RES_ERR_READ_INDEX, "<string>:5:3"},
-    {QRN_DATA_FORMAT_CBF, "VER\n3\nPSDVAR\n1\n2\n", QRN_RES_ERR_READ_UNSUPPORTED, "<string>:3:1"},
+    {QRN_DATA_FORMAT_CBF, "VER\n3\nPSDVAR\n1\n2\nVAR\n0 0\nCHANGE\n", QRN_RES_ERR_READ_UNSUPPORTED, "<string>:8:1"},
     {QRN_DATA_FORMAT_CBF, "VER\n9\n", QRN_RES_ERR_READ_VERSION, "<string>:2:1"},
-    {QRN_DATA_FORMAT_CBF, "VER\n3\nVAR\n1 1\nEXP 3\n", QRN_RES_ERR_READ_UNSUPPORTED, "<string>:5:1"},
+    {QRN_DATA_FORMAT_CBF, "VER\n3\nVAR\n3 1\nSVECPSD 3\n", QRN_RES_ERR_READ_UNSUPPORTED, "<string>:5:1"},
+    {QRN_DATA_FORMAT_CBF, "VER\n3\nVAR\n1 1\nEXP 1\n", QRN_RES_ERR_READ_INDEX, "<string>:5:1"},
     {QRN_DATA_FORMAT_TEXT, "qrntext 1\ntask \"\"\n", QRN_RES_ERR_READ_EOF, "<string>:3:1"},
 };
 

@@ -2,6 +2,8 @@
 #include "exchange.hpp"
 
 #include <algorithm>
+#include <cfloat>
+#include <cmath>
 #include <numeric>
 #include <unordered_set>
 
@@ -19,11 +21,11 @@ void call(qrn_task_t task, qrn_rescode r, const std::string &where = "") {
   fail(r, where.empty() ? msg : where + ": " + msg);
 }
 
-template <class LenFn, class GetFn>
-std::vector<std::string> read_names(qrn_task_t task, qrn_int32 n, LenFn lenfn, GetFn getfn) {
+template <class Index, class LenFn, class GetFn>
+std::vector<std::string> read_names(qrn_task_t task, Index n, LenFn lenfn, GetFn getfn) {
   std::vector<std::string> out(static_cast<size_t>(n));
   bool any = false;
-  for (qrn_int32 k = 0; k < n; ++k) {
+  for (Index k = 0; k < n; ++k) {
     qrn_int32 len = 0;
     call(task, lenfn(task, k, &len));
     if (len == 0) continue;
@@ -47,6 +49,205 @@ std::string read_text(qrn_task_t task, qrn_rescode (*lenfn)(qrn_task_t, qrn_int3
   return s;
 }
 
+void extract_conic(qrn_task_t task, FileProblem &p) {
+  call(task, QRN_getnumafe(task, &p.numafe));
+  qrn_int64 fnz = 0;
+  call(task, QRN_getafefnumnz(task, &fnz));
+  p.fsubi.resize(fnz), p.fsubj.resize(fnz), p.fval.resize(fnz);
+  if (fnz > 0) call(task, QRN_getafeftrip(task, p.fsubi.data(), p.fsubj.data(), p.fval.data()));
+  p.g.resize(p.numafe);
+  if (p.numafe > 0) call(task, QRN_getafegslice(task, 0, p.numafe, p.g.data()));
+
+  qrn_int32 numbarvar = 0;
+  call(task, QRN_getnumbarvar(task, &numbarvar));
+  p.barvardim.resize(numbarvar);
+  for (qrn_int32 j = 0; j < numbarvar; ++j) call(task, QRN_getdimbarvarj(task, j, &p.barvardim[j]));
+  qrn_int64 nummat = 0;
+  call(task, QRN_getnumsymmat(task, &nummat));
+  p.symmats.resize(nummat);
+  for (qrn_int64 k = 0; k < nummat; ++k) {
+    ProblemSymMat &m = p.symmats[k];
+    qrn_int64 nz = 0;
+    qrn_int32 type = 0;
+    call(task, QRN_getsymmatinfo(task, k, &m.dim, &nz, &type));
+    m.subi.resize(nz), m.subj.resize(nz), m.val.resize(nz);
+    call(task, QRN_getsparsesymmat(task, k, nz, m.subi.data(), m.subj.data(), m.val.data()));
+  }
+  // barF, row by row.
+  if (numbarvar > 0)
+    for (qrn_int64 r = 0; r < p.numafe; ++r) {
+      qrn_int32 ne = 0;
+      qrn_int64 nt = 0;
+      call(task, QRN_getafebarfrowinfo(task, r, &ne, &nt));
+      if (ne == 0) continue;
+      std::vector<qrn_int32> bv(ne);
+      std::vector<qrn_int64> ptr(ne), num(ne), idx(nt);
+      std::vector<double> w(nt);
+      call(task, QRN_getafebarfrow(task, r, bv.data(), ptr.data(), num.data(), idx.data(), w.data()));
+      for (qrn_int32 e = 0; e < ne; ++e) {
+        ProblemBarCoef c;
+        c.i = r, c.j = bv[e];
+        c.mat.assign(idx.begin() + ptr[e], idx.begin() + ptr[e] + num[e]);
+        c.weight.assign(w.begin() + ptr[e], w.begin() + ptr[e] + num[e]);
+        p.barf.push_back(std::move(c));
+      }
+    }
+  auto coefs = [&](bool is_a, std::vector<ProblemBarCoef> &out) {
+    qrn_int64 nz = 0;
+    call(task, is_a ? QRN_getnumbaranz(task, &nz) : QRN_getnumbarcnz(task, &nz));
+    std::vector<qrn_int64> pos(nz);
+    if (nz > 0)
+      call(task, is_a ? QRN_getbarasparsity(task, nz, &nz, pos.data()) : QRN_getbarcsparsity(task, nz, &nz, pos.data()));
+    for (qrn_int64 q = 0; q < nz; ++q) {
+      qrn_int64 num = 0;
+      call(task, is_a ? QRN_getbaraidxinfo(task, pos[q], &num) : QRN_getbarcidxinfo(task, pos[q], &num));
+      ProblemBarCoef c;
+      c.mat.resize(num), c.weight.resize(num);
+      if (is_a) {
+        qrn_int32 i = 0;
+        call(task, QRN_getbaraidx(task, pos[q], num, &i, &c.j, &num, c.mat.data(), c.weight.data()));
+        c.i = i;
+      } else {
+        call(task, QRN_getbarcidx(task, pos[q], num, &c.j, &num, c.mat.data(), c.weight.data()));
+      }
+      out.push_back(std::move(c));
+    }
+  };
+  if (numbarvar > 0) {
+    coefs(false, p.barc);
+    coefs(true, p.bara);
+  }
+
+  qrn_int64 numdom = 0;
+  call(task, QRN_getnumdomain(task, &numdom));
+  p.domains.resize(numdom);
+  for (qrn_int64 d = 0; d < numdom; ++d) {
+    ProblemDomain &dom = p.domains[d];
+    call(task, QRN_getdomaintype(task, d, &dom.type));
+    call(task, QRN_getdomainn(task, d, &dom.n));
+    if (dom.type == QRN_DOMAIN_PRIMAL_POWER_CONE || dom.type == QRN_DOMAIN_DUAL_POWER_CONE) {
+      qrn_int64 n = 0, nleft = 0;
+      call(task, QRN_getpowerdomaininfo(task, d, &n, &nleft));
+      dom.alpha.resize(nleft);
+      call(task, QRN_getpowerdomainalpha(task, d, dom.alpha.data()));
+    }
+  }
+  qrn_int64 numacc = 0;
+  call(task, QRN_getnumacc(task, &numacc));
+  p.accs.resize(numacc);
+  for (qrn_int64 k = 0; k < numacc; ++k) {
+    ProblemAcc &a = p.accs[k];
+    qrn_int64 n = 0;
+    call(task, QRN_getaccdomain(task, k, &a.dom));
+    call(task, QRN_getaccn(task, k, &n));
+    a.afe.resize(n), a.b.resize(n);
+    call(task, QRN_getaccafeidxlist(task, k, a.afe.data()));
+    call(task, QRN_getaccb(task, k, a.b.data()));
+  }
+  qrn_int64 numdjc = 0;
+  call(task, QRN_getnumdjc(task, &numdjc));
+  p.djcs.resize(numdjc);
+  for (qrn_int64 k = 0; k < numdjc; ++k) {
+    ProblemDjc &d = p.djcs[k];
+    qrn_int64 nd = 0, na = 0, nt = 0;
+    call(task, QRN_getdjcnumdomain(task, k, &nd));
+    call(task, QRN_getdjcnumafe(task, k, &na));
+    call(task, QRN_getdjcnumterm(task, k, &nt));
+    d.dom.resize(nd), d.afe.resize(na), d.b.resize(na), d.termsize.resize(nt);
+    call(task, QRN_getdjcdomainidxlist(task, k, d.dom.data()));
+    call(task, QRN_getdjcafeidxlist(task, k, d.afe.data()));
+    call(task, QRN_getdjcb(task, k, d.b.data()));
+    call(task, QRN_getdjctermsizelist(task, k, d.termsize.data()));
+  }
+}
+
+void load_conic(qrn_task_t task, const FileProblem &p, const std::string &where) {
+  if (p.numafe > 0) {
+    call(task, QRN_appendafes(task, p.numafe), where);
+    if (!p.fval.empty())
+      call(task, QRN_putafefentrylist(task, static_cast<qrn_int64>(p.fval.size()), p.fsubi.data(), p.fsubj.data(),
+                                      p.fval.data()),
+           where);
+    call(task, QRN_putafegslice(task, 0, p.numafe, p.g.data()), where);
+  }
+  if (!p.barvardim.empty())
+    call(task, QRN_appendbarvars(task, static_cast<qrn_int32>(p.barvardim.size()), p.barvardim.data()), where);
+  for (const ProblemSymMat &m : p.symmats) {
+    qrn_int64 idx = 0;
+    call(task, QRN_appendsparsesymmat(task, m.dim, static_cast<qrn_int64>(m.val.size()), m.subi.data(), m.subj.data(),
+                                      m.val.data(), &idx),
+         where);
+  }
+  for (const ProblemBarCoef &c : p.barc)
+    call(task, QRN_putbarcj(task, c.j, static_cast<qrn_int64>(c.mat.size()), c.mat.data(), c.weight.data()), where);
+  for (const ProblemBarCoef &c : p.bara)
+    call(task, QRN_putbaraij(task, static_cast<qrn_int32>(c.i), c.j, static_cast<qrn_int64>(c.mat.size()), c.mat.data(),
+                             c.weight.data()),
+         where);
+  for (const ProblemBarCoef &c : p.barf)
+    call(task, QRN_putafebarfentry(task, c.i, c.j, static_cast<qrn_int64>(c.mat.size()), c.mat.data(), c.weight.data()),
+         where);
+  for (const ProblemDomain &d : p.domains) {
+    qrn_int64 idx = 0;
+    const qrn_int64 nleft = static_cast<qrn_int64>(d.alpha.size());
+    switch (d.type) {
+      case QRN_DOMAIN_R: call(task, QRN_appendrdomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_RZERO: call(task, QRN_appendrzerodomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_RPLUS: call(task, QRN_appendrplusdomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_RMINUS: call(task, QRN_appendrminusdomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_QUADRATIC_CONE: call(task, QRN_appendquadraticconedomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_RQUADRATIC_CONE: call(task, QRN_appendrquadraticconedomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_PRIMAL_EXP_CONE:
+        if (d.n != 3) fail(QRN_RES_ERR_DOMAIN_DIMENSION, where + ": an exponential cone has 3 members.");
+        call(task, QRN_appendprimalexpconedomain(task, &idx), where);
+        break;
+      case QRN_DOMAIN_DUAL_EXP_CONE:
+        if (d.n != 3) fail(QRN_RES_ERR_DOMAIN_DIMENSION, where + ": an exponential cone has 3 members.");
+        call(task, QRN_appenddualexpconedomain(task, &idx), where);
+        break;
+      case QRN_DOMAIN_PRIMAL_POWER_CONE:
+      case QRN_DOMAIN_DUAL_POWER_CONE: {
+        call(task, (d.type == QRN_DOMAIN_PRIMAL_POWER_CONE ? QRN_appendprimalpowerconedomain : QRN_appenddualpowerconedomain)(
+                       task, d.n, nleft, d.alpha.data(), &idx),
+             where);
+        // Weights written by a task are normalised already, but normalising
+        // them again may move their last bits: weights that sum to 1 up to
+        // rounding are kept as they are, so that a round trip is exact.
+        double sum = 0.0;
+        for (double a : d.alpha) sum += a;
+        if (std::fabs(sum - 1.0) <= 4.0 * DBL_EPSILON * static_cast<double>(nleft))
+          static_cast<Task *>(task)->conic.domains[static_cast<size_t>(idx)].alpha = d.alpha;
+        break;
+      }
+      case QRN_DOMAIN_PRIMAL_GEO_MEAN_CONE: call(task, QRN_appendprimalgeomeanconedomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_DUAL_GEO_MEAN_CONE: call(task, QRN_appenddualgeomeanconedomain(task, d.n, &idx), where); break;
+      case QRN_DOMAIN_SVEC_PSD_CONE: call(task, QRN_appendsvecpsdconedomain(task, d.n, &idx), where); break;
+      default: fail(QRN_RES_ERR_READ_UNSUPPORTED, where + ": domain type " + std::to_string(d.type) + " is not known.");
+    }
+  }
+  for (const ProblemAcc &a : p.accs)
+    call(task, QRN_appendacc(task, a.dom, static_cast<qrn_int64>(a.afe.size()), a.afe.data(), a.b.data()), where);
+  if (!p.djcs.empty()) {
+    call(task, QRN_appenddjcs(task, static_cast<qrn_int64>(p.djcs.size())), where);
+    for (size_t k = 0; k < p.djcs.size(); ++k) {
+      const ProblemDjc &d = p.djcs[k];
+      call(task, QRN_putdjc(task, static_cast<qrn_int64>(k), static_cast<qrn_int64>(d.dom.size()), d.dom.data(),
+                            static_cast<qrn_int64>(d.afe.size()), d.afe.data(), d.b.data(),
+                            static_cast<qrn_int64>(d.termsize.size()), d.termsize.data()),
+           where);
+    }
+  }
+  auto names = [&](const std::vector<std::string> &v, auto put) {
+    for (size_t k = 0; k < v.size(); ++k)
+      if (!v[k].empty()) call(task, put(task, k, v[k].c_str()), where);
+  };
+  names(p.domnames, [](qrn_task_t t, size_t k, const char *s) { return QRN_putdomainname(t, static_cast<qrn_int64>(k), s); });
+  names(p.accnames, [](qrn_task_t t, size_t k, const char *s) { return QRN_putaccname(t, static_cast<qrn_int64>(k), s); });
+  names(p.djcnames, [](qrn_task_t t, size_t k, const char *s) { return QRN_putdjcname(t, static_cast<qrn_int64>(k), s); });
+  names(p.barvarnames,
+        [](qrn_task_t t, size_t k, const char *s) { return QRN_putbarvarname(t, static_cast<qrn_int32>(k), s); });
+}
+
 }  // namespace
 
 void FileProblem::resize(qrn_int32 m, qrn_int32 n) {
@@ -66,7 +267,14 @@ bool FileProblem::has_names() const {
   auto any = [](const std::vector<std::string> &v) {
     return std::any_of(v.begin(), v.end(), [](const std::string &s) { return !s.empty(); });
   };
-  return any(connames) || any(varnames) || any(conenames) || !objname.empty() || !taskname.empty();
+  return any(connames) || any(varnames) || any(conenames) || any(domnames) || any(accnames) || any(djcnames) ||
+         any(barvarnames) || !objname.empty() || !taskname.empty();
+}
+
+qrn_int64 FileProblem::accntot() const {
+  qrn_int64 n = 0;
+  for (const ProblemAcc &a : accs) n += static_cast<qrn_int64>(a.afe.size());
+  return n;
 }
 
 bool FileProblem::has_integer() const {
@@ -126,11 +334,17 @@ FileProblem extract(qrn_task_t task) {
     call(task, QRN_getcone(task, k, &p.cones[k].type, &p.cones[k].par, &nummem, p.cones[k].members.data()));
   }
 
+  extract_conic(task, p);
+
   p.connames = read_names(task, m, QRN_getconnamelen, QRN_getconname);
   p.varnames = read_names(task, n, QRN_getvarnamelen, QRN_getvarname);
   p.conenames = read_names(task, numcone, QRN_getconenamelen, QRN_getconename);
   p.objname = read_text(task, QRN_getobjnamelen, QRN_getobjname);
   p.taskname = read_text(task, QRN_gettasknamelen, QRN_gettaskname);
+  p.domnames = read_names(task, static_cast<qrn_int64>(p.domains.size()), QRN_getdomainnamelen, QRN_getdomainname);
+  p.accnames = read_names(task, static_cast<qrn_int64>(p.accs.size()), QRN_getaccnamelen, QRN_getaccname);
+  p.djcnames = read_names(task, static_cast<qrn_int64>(p.djcs.size()), QRN_getdjcnamelen, QRN_getdjcname);
+  p.barvarnames = read_names(task, static_cast<qrn_int32>(p.barvardim.size()), QRN_getbarvarnamelen, QRN_getbarvarname);
   return p;
 }
 
@@ -178,6 +392,7 @@ void load(qrn_task_t task, const FileProblem &p, const std::string &where) {
       call(task, QRN_putconename(task, static_cast<qrn_int32>(k), p.conenames[k].c_str()), where);
   call(task, QRN_putobjname(task, p.objname.c_str()), where);
   call(task, QRN_puttaskname(task, p.taskname.c_str()), where);
+  load_conic(task, p, where);
 }
 
 std::vector<std::string> complete_names(const std::vector<std::string> &names, qrn_int32 n, const std::string &prefix,

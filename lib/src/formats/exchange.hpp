@@ -18,6 +18,41 @@ struct ProblemCone {
   std::vector<qrn_int32> members;
 };
 
+// Conic and semidefinite data (docs/formats/README.md): domains, affine conic
+// constraints (ACCs), disjunctive constraints (DJCs), the store of symmetric
+// matrices and the coefficients barC, barA and barF as weighted sums of them.
+struct ProblemDomain {
+  qrn_int32 type = QRN_DOMAIN_R;  // QRN_DOMAIN_*
+  qrn_int64 n = 0;
+  std::vector<double> alpha;      // power cones: the nleft weights, as the task holds them
+};
+
+struct ProblemAcc {
+  qrn_int64 dom = 0;
+  std::vector<qrn_int64> afe;
+  std::vector<double> b;  // as long as afe
+};
+
+struct ProblemDjc {
+  std::vector<qrn_int64> dom, afe, termsize;
+  std::vector<double> b;  // as long as afe
+};
+
+struct ProblemSymMat {
+  qrn_int32 dim = 0;
+  std::vector<qrn_int32> subi, subj;  // lower triangle, sorted by column then row
+  std::vector<double> val;
+};
+
+// A coefficient sum_k weight[k] * symmat[mat[k]]: barC_j (i = -1), barA_ij
+// (i a constraint) or barF_ij (i an affine expression).
+struct ProblemBarCoef {
+  qrn_int64 i = -1;
+  qrn_int32 j = 0;
+  std::vector<qrn_int64> mat;
+  std::vector<double> weight;
+};
+
 struct FileProblem {
   std::string taskname, objname;
   qrn_int32 sense = QRN_OBJECTIVE_SENSE_MINIMIZE;
@@ -40,6 +75,21 @@ struct FileProblem {
   // Names, "" for none; empty vectors mean no names at all.
   std::vector<std::string> connames, varnames, conenames;
 
+  // Affine expressions: F by rows (fsubi increasing, fsubj increasing within
+  // a row), g one per expression.
+  qrn_int64 numafe = 0;
+  std::vector<qrn_int64> fsubi;
+  std::vector<qrn_int32> fsubj;
+  std::vector<double> fval;
+  std::vector<double> g;  // numafe
+  std::vector<ProblemDomain> domains;
+  std::vector<ProblemAcc> accs;
+  std::vector<ProblemDjc> djcs;
+  std::vector<qrn_int32> barvardim;
+  std::vector<ProblemSymMat> symmats;
+  std::vector<ProblemBarCoef> barc, bara, barf;  // barc by j; bara by i, j; barf by i, j
+  std::vector<std::string> domnames, accnames, djcnames, barvarnames;  // "" none; empty: no names
+
   qrn_int64 numanz() const { return aptr.empty() ? 0 : aptr.back(); }
   // Sizes every per-item array for numcon x numvar: free constraints, variables
   // in [0, +inf) (the default of most text formats), continuous, zero cost.
@@ -47,6 +97,11 @@ struct FileProblem {
   bool has_names() const;
   bool has_quadratic() const { return !qoval.empty() || !qcval.empty(); }
   bool has_integer() const;
+  // Anything of the conic and semidefinite data.
+  bool has_conic() const {
+    return numafe > 0 || !domains.empty() || !accs.empty() || !djcs.empty() || !barvardim.empty() || !symmats.empty();
+  }
+  qrn_int64 accntot() const;  // the stacked rows of the ACCs (the length of doty)
 };
 
 // The task's problem read through the C interface.

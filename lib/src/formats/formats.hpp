@@ -102,6 +102,20 @@ void read_problem(Task &t, qrn_int32 format, const Source &src, qrn_int64 bytes)
 qrn_int32 format_of_name(const Task &t, const std::string &filename, qrn_int32 &compress);
 const char *format_name(qrn_int32 format);
 
+// Fails with the QRN_RES_ERR_WRITE_LOSES_* code naming the first kind of
+// conic or semidefinite data that p holds (a format that holds none of it).
+void need_no_conic(const FileProblem &p, const char *format);
+
+// The conic and semidefinite sections shared by the text formats (qtx, PTF,
+// OPF; conic_sections.cpp): keyword, count, that many lines. Each is left out
+// when it has no lines.
+void write_conic_sections(const FileProblem &p, Out &out);
+// Reads the section that `keyword` starts, if it is one of them (false if it
+// is not). Sections come in their fixed order, each at most once; `state`
+// keeps the last one read. Indexes are checked against the counts read so far
+// and the problem's numcon and numvar.
+bool read_conic_section(Lexer &lx, const Token &keyword, FileProblem &p, int &state, qrn_int64 textsize);
+
 // Checks that names can be written as blank-free tokens: fails with
 // QRN_RES_ERR_WRITE_LOSES_NAMES naming the first that cannot.
 void need_token_names(const std::vector<std::string> &names, const char *kind, const char *format,

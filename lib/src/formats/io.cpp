@@ -241,6 +241,22 @@ void need_token_names(const std::vector<std::string> &names, const char *kind, c
   }
 }
 
+void need_no_conic(const FileProblem &p, const char *format) {
+  const std::string f = format;
+  if (!p.djcs.empty())
+    fail(QRN_RES_ERR_WRITE_LOSES_DISJUNCTIVE, f + " cannot hold disjunctive constraints (the task has " +
+                                                  std::to_string(p.djcs.size()) + ").");
+  if (!p.barvardim.empty() || !p.symmats.empty())
+    fail(QRN_RES_ERR_WRITE_LOSES_SEMIDEFINITE, f + " cannot hold semidefinite variables, their coefficients or the "
+                                                   "symmetric matrix store.");
+  if (!p.accs.empty() || p.numafe > 0)
+    fail(QRN_RES_ERR_WRITE_LOSES_AFFINE_CONIC, f + " cannot hold affine expressions or affine conic constraints (the "
+                                                   "task has " + std::to_string(p.numafe) + " expressions and " +
+                                                   std::to_string(p.accs.size()) + " ACCs).");
+  if (!p.domains.empty())
+    fail(QRN_RES_ERR_WRITE_LOSES_DOMAINS, f + " cannot hold domains (the task has " + std::to_string(p.domains.size()) + ").");
+}
+
 WriteOptions write_options(const Task &t) {
   WriteOptions o;
   o.precision = t.par.integer[QRN_IPAR_OUTPUT_PRECISION];
@@ -265,9 +281,15 @@ void write_problem(Task &t, qrn_int32 format, qrn_int32 compress, const Sink &si
     p.connames.clear();
     p.varnames.clear();
     p.conenames.clear();
+    p.domnames.clear();
+    p.accnames.clear();
+    p.djcnames.clear();
+    p.barvarnames.clear();
     p.objname.clear();
     p.taskname.clear();
   }
+  if (format == QRN_DATA_FORMAT_MPS || format == QRN_DATA_FORMAT_FREE_MPS || format == QRN_DATA_FORMAT_LP)
+    need_no_conic(p, format == QRN_DATA_FORMAT_LP ? "the LP format" : "MPS");
   size_t bytes = 0;
   if (compress == QRN_COMPRESS_GZIP) {
     size_t packed = 0;

@@ -62,7 +62,104 @@ json solution_json(const Solution &s) {
   o["sux"] = jnums(s.sux);
   o["snx"] = jnums(s.snx);
   o["doty"] = jnums(s.doty);
+  if (!s.barx.empty()) {
+    json bx = json::array(), bs = json::array();
+    for (const auto &v : s.barx) bx.push_back(jnums(v));
+    for (const auto &v : s.bars) bs.push_back(jnums(v));
+    o["barx"] = bx;
+    o["bars"] = bs;
+  }
   return o;
+}
+
+const char *const domain_words[] = {"r",    "rzero", "rplus", "rminus", "quad", "rquad",  "pexp",
+                                    "dexp", "ppow",  "dpow",  "pgeo",   "dgeo", "svecpsd"};
+
+json coef_json(const ProblemBarCoef &c, const char *ikey) {
+  json o;
+  if (ikey != nullptr) o[ikey] = c.i;
+  o["barvar"] = c.j;
+  o["mat"] = jints(c.mat);
+  o["weight"] = jnums(c.weight);
+  return o;
+}
+
+// The conic and semidefinite members of "task", each only when not empty.
+void write_conic_json(const FileProblem &p, json &t) {
+  auto named = [](json &o, const std::vector<std::string> &names, size_t k) {
+    if (k < names.size() && !names[k].empty()) o["name"] = names[k];
+  };
+  if (p.numafe > 0) {
+    json &a = t["afe"];
+    a["count"] = p.numafe;
+    a["f"] = {{"subi", jints(p.fsubi)}, {"subj", jints(p.fsubj)}, {"val", jnums(p.fval)}};
+    a["g"] = jnums(p.g);
+    if (!p.barf.empty()) {
+      json bf = json::array();
+      for (const ProblemBarCoef &c : p.barf) bf.push_back(coef_json(c, "afe"));
+      a["barf"] = bf;
+    }
+  }
+  if (!p.barvardim.empty()) {
+    json &b = t["barvars"];
+    b["dims"] = jints(p.barvardim);
+    if (!p.barvarnames.empty()) b["names"] = jnames(p.barvarnames, p.barvardim.size());
+  }
+  if (!p.symmats.empty()) {
+    json m = json::array();
+    for (const ProblemSymMat &x : p.symmats)
+      m.push_back({{"dim", x.dim}, {"subi", jints(x.subi)}, {"subj", jints(x.subj)}, {"val", jnums(x.val)}});
+    t["symmats"] = m;
+  }
+  if (!p.barc.empty()) {
+    json c = json::array();
+    for (const ProblemBarCoef &x : p.barc) c.push_back(coef_json(x, nullptr));
+    t["barc"] = c;
+  }
+  if (!p.bara.empty()) {
+    json c = json::array();
+    for (const ProblemBarCoef &x : p.bara) c.push_back(coef_json(x, "con"));
+    t["bara"] = c;
+  }
+  if (!p.domains.empty()) {
+    json d = json::array();
+    for (size_t k = 0; k < p.domains.size(); ++k) {
+      const ProblemDomain &x = p.domains[k];
+      json o;
+      named(o, p.domnames, k);
+      o["type"] = domain_words[x.type];
+      o["n"] = x.n;
+      if (x.type == QRN_DOMAIN_PRIMAL_POWER_CONE || x.type == QRN_DOMAIN_DUAL_POWER_CONE) o["alpha"] = jnums(x.alpha);
+      d.push_back(o);
+    }
+    t["domains"] = d;
+  }
+  if (!p.accs.empty()) {
+    json a = json::array();
+    for (size_t k = 0; k < p.accs.size(); ++k) {
+      json o;
+      named(o, p.accnames, k);
+      o["domain"] = p.accs[k].dom;
+      o["afe"] = jints(p.accs[k].afe);
+      o["b"] = jnums(p.accs[k].b);
+      a.push_back(o);
+    }
+    t["acc"] = a;
+  }
+  if (!p.djcs.empty()) {
+    json a = json::array();
+    for (size_t k = 0; k < p.djcs.size(); ++k) {
+      const ProblemDjc &x = p.djcs[k];
+      json o;
+      named(o, p.djcnames, k);
+      o["domains"] = jints(x.dom);
+      o["afe"] = jints(x.afe);
+      o["b"] = jnums(x.b);
+      o["termsize"] = jints(x.termsize);
+      a.push_back(o);
+    }
+    t["djc"] = a;
+  }
 }
 
 // ---- reading helpers: every access is checked and names its JSON path ----
@@ -142,6 +239,13 @@ struct JReader {
     for (size_t k = 0; k < v.size(); ++k) out.push_back(static_cast<qrn_int32>(integer(v[k], path + "/" + std::to_string(k), 0, hi)));
     return out;
   }
+  std::vector<qrn_int64> indexes64(const json &v, const std::string &path, qrn_int64 size, qrn_int64 hi) const {
+    array(v, path, size);
+    std::vector<qrn_int64> out;
+    out.reserve(v.size());
+    for (size_t k = 0; k < v.size(); ++k) out.push_back(integer(v[k], path + "/" + std::to_string(k), 0, hi));
+    return out;
+  }
   std::vector<std::string> names(const json *v, const std::string &path, qrn_int64 size) const {
     if (v == nullptr) return {};
     array(*v, path, size);
@@ -178,9 +282,137 @@ struct JReader {
 };
 
 
+// The conic and semidefinite members of "task" (the problem's sizes are known).
+void read_conic_json(const JReader &r, const json &t, FileProblem &p, qrn_int64 cap) {
+  auto name_of = [&](const json &o, const std::string &path, std::vector<std::string> &names) {
+    const json *nm = r.optional(o, "name");
+    names.push_back(nm != nullptr ? r.string(*nm, path + "/name") : std::string());
+  };
+  auto settle = [](std::vector<std::string> &v) {
+    if (std::all_of(v.begin(), v.end(), [](const std::string &s) { return s.empty(); })) v.clear();
+  };
+  auto coef = [&](const json &o, const std::string &path, const char *ikey, qrn_int64 ihi) {
+    r.only(o, path, {"afe", "con", "barvar", "mat", "weight"});
+    ProblemBarCoef c;
+    if (ikey != nullptr) c.i = r.integer(r.member(o, ikey, path), path + "/" + ikey, 0, ihi);
+    else if (o.contains("afe") || o.contains("con")) r.bad(QRN_RES_ERR_READ_SECTION, path, "barC has no row index.");
+    c.j = static_cast<qrn_int32>(r.integer(r.member(o, "barvar", path), path + "/barvar", 0, static_cast<qrn_int64>(p.barvardim.size()) - 1));
+    c.mat = r.indexes64(r.member(o, "mat", path), path + "/mat", -1, static_cast<qrn_int64>(p.symmats.size()) - 1);
+    c.weight = r.numbers(r.member(o, "weight", path), path + "/weight", static_cast<qrn_int64>(c.mat.size()), false);
+    return c;
+  };
+  if (const json *b = r.optional(t, "barvars")) {
+    r.only(*b, "/task/barvars", {"dims", "names"});
+    const json &dims = r.array(r.member(*b, "dims", "/task/barvars"), "/task/barvars/dims");
+    for (size_t k = 0; k < dims.size(); ++k)
+      p.barvardim.push_back(static_cast<qrn_int32>(r.integer(dims[k], "/task/barvars/dims/" + std::to_string(k), 1, INT32_MAX)));
+    p.barvarnames = r.names(r.optional(*b, "names"), "/task/barvars/names", static_cast<qrn_int64>(p.barvardim.size()));
+    settle(p.barvarnames);
+  }
+  if (const json *m = r.optional(t, "symmats")) {
+    r.array(*m, "/task/symmats");
+    for (size_t k = 0; k < m->size(); ++k) {
+      const std::string path = "/task/symmats/" + std::to_string(k);
+      const json &o = (*m)[k];
+      r.only(o, path, {"dim", "subi", "subj", "val"});
+      ProblemSymMat x;
+      x.dim = static_cast<qrn_int32>(r.integer(r.member(o, "dim", path), path + "/dim", 1, INT32_MAX));
+      x.subi = r.indexes(r.member(o, "subi", path), path + "/subi", -1, x.dim - 1);
+      x.subj = r.indexes(r.member(o, "subj", path), path + "/subj", static_cast<qrn_int64>(x.subi.size()), x.dim - 1);
+      x.val = r.numbers(r.member(o, "val", path), path + "/val", static_cast<qrn_int64>(x.subi.size()), false);
+      p.symmats.push_back(std::move(x));
+    }
+  }
+  if (const json *a = r.optional(t, "afe")) {
+    const std::string path = "/task/afe";
+    r.only(*a, path, {"count", "f", "g", "barf"});
+    p.numafe = r.integer(r.member(*a, "count", path), path + "/count", 0, 16 * cap + 1024);
+    p.g.assign(static_cast<size_t>(p.numafe), 0.0);
+    if (const json *g = r.optional(*a, "g")) p.g = r.numbers(*g, path + "/g", p.numafe, false);
+    if (const json *f = r.optional(*a, "f")) {
+      r.only(*f, path + "/f", {"subi", "subj", "val"});
+      p.fsubi = r.indexes64(r.member(*f, "subi", path + "/f"), path + "/f/subi", -1, p.numafe - 1);
+      const qrn_int64 nz = static_cast<qrn_int64>(p.fsubi.size());
+      p.fsubj = r.indexes(r.member(*f, "subj", path + "/f"), path + "/f/subj", nz, static_cast<qrn_int64>(p.numvar) - 1);
+      p.fval = r.numbers(r.member(*f, "val", path + "/f"), path + "/f/val", nz, false);
+      for (qrn_int64 k = 1; k < nz; ++k)
+        if (p.fsubi[k] < p.fsubi[k - 1] || (p.fsubi[k] == p.fsubi[k - 1] && p.fsubj[k] <= p.fsubj[k - 1]))
+          r.bad(QRN_RES_ERR_READ_INDEX, path + "/f/subi/" + std::to_string(k), "the entries of F come row by row, variables increasing within a row.");
+    }
+    if (const json *bf = r.optional(*a, "barf")) {
+      r.array(*bf, path + "/barf");
+      for (size_t k = 0; k < bf->size(); ++k) p.barf.push_back(coef((*bf)[k], path + "/barf/" + std::to_string(k), "afe", p.numafe - 1));
+    }
+  }
+  if (const json *c = r.optional(t, "barc")) {
+    r.array(*c, "/task/barc");
+    for (size_t k = 0; k < c->size(); ++k) p.barc.push_back(coef((*c)[k], "/task/barc/" + std::to_string(k), nullptr, 0));
+  }
+  if (const json *c = r.optional(t, "bara")) {
+    r.array(*c, "/task/bara");
+    for (size_t k = 0; k < c->size(); ++k)
+      p.bara.push_back(coef((*c)[k], "/task/bara/" + std::to_string(k), "con", static_cast<qrn_int64>(p.numcon) - 1));
+  }
+  if (const json *d = r.optional(t, "domains")) {
+    r.array(*d, "/task/domains");
+    for (size_t k = 0; k < d->size(); ++k) {
+      const std::string path = "/task/domains/" + std::to_string(k);
+      const json &o = (*d)[k];
+      r.only(o, path, {"name", "type", "n", "alpha"});
+      name_of(o, path, p.domnames);
+      ProblemDomain x;
+      std::string type = r.string(r.member(o, "type", path), path + "/type");
+      x.type = -1;
+      for (int q = 0; q < static_cast<int>(std::size(domain_words)); ++q)
+        if (type == domain_words[q]) x.type = q;
+      if (x.type < 0) r.bad(QRN_RES_ERR_READ_SYNTAX, path + "/type", "\"" + type + "\" is not a domain type.");
+      x.n = r.integer(r.member(o, "n", path), path + "/n", 0, INT64_MAX / 2);
+      if (x.type == QRN_DOMAIN_PRIMAL_POWER_CONE || x.type == QRN_DOMAIN_DUAL_POWER_CONE)
+        x.alpha = r.numbers(r.member(o, "alpha", path), path + "/alpha", -1, false);
+      else if (o.contains("alpha"))
+        r.bad(QRN_RES_ERR_READ_SECTION, path + "/alpha", "only power cones have weights.");
+      p.domains.push_back(std::move(x));
+    }
+    settle(p.domnames);
+  }
+  const qrn_int64 numdom = static_cast<qrn_int64>(p.domains.size());
+  if (const json *a = r.optional(t, "acc")) {
+    r.array(*a, "/task/acc");
+    for (size_t k = 0; k < a->size(); ++k) {
+      const std::string path = "/task/acc/" + std::to_string(k);
+      const json &o = (*a)[k];
+      r.only(o, path, {"name", "domain", "afe", "b"});
+      name_of(o, path, p.accnames);
+      ProblemAcc x;
+      x.dom = r.integer(r.member(o, "domain", path), path + "/domain", 0, numdom - 1);
+      x.afe = r.indexes64(r.member(o, "afe", path), path + "/afe", -1, p.numafe - 1);
+      x.b = r.numbers(r.member(o, "b", path), path + "/b", static_cast<qrn_int64>(x.afe.size()), false);
+      p.accs.push_back(std::move(x));
+    }
+    settle(p.accnames);
+  }
+  if (const json *a = r.optional(t, "djc")) {
+    r.array(*a, "/task/djc");
+    for (size_t k = 0; k < a->size(); ++k) {
+      const std::string path = "/task/djc/" + std::to_string(k);
+      const json &o = (*a)[k];
+      r.only(o, path, {"name", "domains", "afe", "b", "termsize"});
+      name_of(o, path, p.djcnames);
+      ProblemDjc x;
+      x.dom = r.indexes64(r.member(o, "domains", path), path + "/domains", -1, numdom - 1);
+      x.afe = r.indexes64(r.member(o, "afe", path), path + "/afe", -1, p.numafe - 1);
+      x.b = r.numbers(r.member(o, "b", path), path + "/b", static_cast<qrn_int64>(x.afe.size()), false);
+      x.termsize = r.indexes64(r.member(o, "termsize", path), path + "/termsize", -1, INT64_MAX);
+      p.djcs.push_back(std::move(x));
+    }
+    settle(p.djcnames);
+  }
+}
+
 // The "solutions" member: every solution it holds, checked against the sizes.
-void read_solutions(const JReader &r, const json &sols_in, qrn_int32 m, qrn_int32 n, qrn_int32 nk,
+void read_solutions(const JReader &r, const json &sols_in, const SolSizes &z,
                     std::array<Solution, QRN_SOL_COUNT> &dest) {
+  const qrn_int32 m = z.numcon, n = z.numvar, nk = z.numcone;
   const json *sols = &sols_in;
   std::array<Solution, QRN_SOL_COUNT> result = dest;
   if (!sols->is_object()) r.bad(QRN_RES_ERR_READ_SYNTAX, "/solutions", "an object was expected.");
@@ -189,7 +421,8 @@ void read_solutions(const JReader &r, const json &sols_in, qrn_int32 m, qrn_int3
     qrn_int32 w;
     if (!find_soltype(it.key(), w)) r.bad(QRN_RES_ERR_READ_SECTION, path, "the solution is interior, basic or integer.");
     const json &o = *it;
-    r.only(o, path, {"prosta", "solsta", "skc", "skx", "skn", "xc", "xx", "y", "slc", "suc", "slx", "sux", "snx", "doty"});
+    r.only(o, path, {"prosta", "solsta", "skc", "skx", "skn", "xc", "xx", "y", "slc", "suc", "slx", "sux", "snx", "doty",
+                     "barx", "bars"});
     Solution s;
     s.defined = true;
     if (!find_prosta(r.string(r.member(o, "prosta", path), path + "/prosta"), s.prosta))
@@ -207,7 +440,21 @@ void read_solutions(const JReader &r, const json &sols_in, qrn_int32 m, qrn_int3
     s.skn = r.keys(r.member(o, "skn", path), path + "/skn", nk);
     s.xc = vec("xc", m), s.y = vec("y", m), s.slc = vec("slc", m), s.suc = vec("suc", m);
     s.xx = vec("xx", n), s.slx = vec("slx", n), s.sux = vec("sux", n), s.snx = vec("snx", n);
-    if (o.contains("doty")) s.doty = vec("doty", 0);
+    s.doty = o.contains("doty") || z.accntot > 0 ? vec("doty", z.accntot) : std::vector<double>();
+    if (!z.bardim.empty() || o.contains("barx") || o.contains("bars"))
+      for (const char *key : {"barx", "bars"}) {
+        const json &v = r.array(r.member(o, key, path), path + "/" + key, static_cast<qrn_int64>(z.bardim.size()));
+        auto &dest_bar = key[3] == 'x' ? s.barx : s.bars;
+        for (size_t j = 0; j < v.size(); ++j) {
+          const std::string vp = path + "/" + key + "/" + std::to_string(j);
+          const qrn_int64 d = z.bardim[j];
+          const json &x = r.array(v[j], vp, d * (d + 1) / 2);
+          std::vector<double> vals;
+          vals.reserve(x.size());
+          for (size_t q = 0; q < x.size(); ++q) vals.push_back(r.any_number(x[q], vp + "/" + std::to_string(q)));
+          dest_bar.push_back(std::move(vals));
+        }
+      }
     result[w] = std::move(s);
   }
   dest = std::move(result);
@@ -221,13 +468,12 @@ std::string json_solutions_text(const Task &t) {
   doc["version"] = 1;
   json sols = json::object();
   for (qrn_int32 w = 0; w < QRN_SOL_COUNT; ++w)
-    if (t.sol[w].defined) sols[soltype_name(w)] = solution_json(t.sol[w]);
+    if (t.sol[w].defined) sols[soltype_name(w)] = solution_json(fitted_solution(t, w));
   doc["solutions"] = sols;
   return doc.dump() + "\n";
 }
 
-void read_json_solutions(const Source &src, qrn_int32 m, qrn_int32 n, qrn_int32 nk,
-                         std::array<Solution, QRN_SOL_COUNT> &sol) {
+void read_json_solutions(const Source &src, const SolSizes &z, std::array<Solution, QRN_SOL_COUNT> &sol) {
   json doc;
   try {
     doc = json::parse(src.text);
@@ -240,7 +486,7 @@ void read_json_solutions(const Source &src, qrn_int32 m, qrn_int32 n, qrn_int32 
   if (doc.value("format", json()) != "jsol") r.bad(QRN_RES_ERR_READ_VERSION, "/format", "the text is not a jsol document.");
   const json &ver = r.member(doc, "version", "");
   if (!ver.is_number_integer() || ver.get<qrn_int64>() != 1) r.bad(QRN_RES_ERR_READ_VERSION, "/version", "only version 1 is known.");
-  read_solutions(r, r.member(doc, "solutions", ""), m, n, nk, sol);
+  read_solutions(r, r.member(doc, "solutions", ""), z, sol);
 }
 
 void write_jtask(const FileProblem &p, Out &out, const WriteOptions &opt) {
@@ -290,6 +536,7 @@ void write_jtask(const FileProblem &p, Out &out, const WriteOptions &opt) {
                      {"members", jints(c.members)}});
   }
   t["cones"] = cones;
+  write_conic_json(p, t);
   if (opt.task != nullptr) {
     json &par = doc["parameters"];
     for (ParKind kind : {ParKind::dou, ParKind::integer, ParKind::str})
@@ -305,7 +552,7 @@ void write_jtask(const FileProblem &p, Out &out, const WriteOptions &opt) {
       }
     json sols = json::object();
     for (qrn_int32 w = 0; w < QRN_SOL_COUNT; ++w)
-      if (opt.task->sol[w].defined) sols[soltype_name(w)] = solution_json(opt.task->sol[w]);
+      if (opt.task->sol[w].defined) sols[soltype_name(w)] = solution_json(fitted_solution(*opt.task, w));
     doc["solutions"] = sols;
   }
   out.raw(doc.dump()).ch('\n');
@@ -337,11 +584,8 @@ void read_jtask(const Source &src, ReadContext &ctx) {
   if (!ver.is_number_integer() || ver.get<qrn_int64>() != 1) r.bad(QRN_RES_ERR_READ_VERSION, "/version", "only version 1 is known.");
   FileProblem &p = ctx.problem;
   const json &t = r.member(doc, "task", "");
-  // Members planned for conic and semidefinite data are refused until tasks hold them.
-  for (const char *k : {"afe", "domains", "acc", "djc", "barvars", "barc", "bara"})
-    if (t.is_object() && t.contains(k))
-      r.bad(QRN_RES_ERR_READ_UNSUPPORTED, std::string("/task/") + k, "this kind of data is not supported yet.");
-  r.only(t, "/task", {"name", "objective", "variables", "constraints", "A", "cones"});
+  r.only(t, "/task", {"name", "objective", "variables", "constraints", "A", "cones", "afe", "barvars", "symmats", "barc",
+                      "bara", "domains", "acc", "djc"});
   const json &vars = r.member(t, "variables", "/task");
   const json &cons = r.member(t, "constraints", "/task");
   r.only(vars, "/task/variables", {"count", "names", "bk", "bl", "bu", "integer"});
@@ -429,6 +673,7 @@ void read_jtask(const Source &src, ReadContext &ctx) {
     }
     if (!any_name) p.conenames.clear();
   }
+  read_conic_json(r, t, p, cap);
   if (const json *par = r.optional(doc, "parameters")) {
     if (!par->is_object()) r.bad(QRN_RES_ERR_READ_SYNTAX, "/parameters", "an object was expected.");
     Params merged = ctx.scratch.par;
@@ -451,7 +696,7 @@ void read_jtask(const Source &src, ReadContext &ctx) {
     if (ctx.input_params) ctx.scratch.par = merged;
   }
   if (const json *sols = r.optional(doc, "solutions"))
-    read_solutions(r, *sols, m, n, static_cast<qrn_int32>(p.cones.size()), ctx.scratch.sol);
+    read_solutions(r, *sols, sol_sizes(p), ctx.scratch.sol);
   ctx.lines = static_cast<size_t>(std::count(src.text.begin(), src.text.end(), '\n')) + 1;
 }
 

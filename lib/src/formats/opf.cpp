@@ -14,6 +14,8 @@
 //   qobj <i> <j> <q_ij> [...]                      lower triangle of Q, term 1/2 x'Qx
 //   qcon <k> <i> <j> <q_ij> [...]                  the same for constraint k
 //   cone <k> "name" quad|rquad <parameter> <member> ...
+//   the conic and semidefinite sections of the text format (conic_sections.cpp):
+//   keyword and count on one line, then that many lines, in their fixed order
 //   end
 //
 // <bound> is "free", "lower <l>", "upper <u>", "fixed <v>" or
@@ -136,6 +138,7 @@ void write_opf(const FileProblem &p, Out &out, const WriteOptions &) {
     for (qrn_int32 m : c.members) out.ch(' ').integer(m);
     out.ch('\n');
   }
+  write_conic_sections(p, out);
   out.raw("end\n");
 }
 
@@ -234,10 +237,12 @@ void read_opf(const Source &src, ReadContext &ctx) {
   std::vector<size_t> tline;
   std::set<std::pair<qrn_int32, qrn_int32>> qoseen;
   std::set<std::tuple<qrn_int32, qrn_int32, qrn_int32>> qcseen;
+  int state = -1;
   for (;;) {
     t = lx.next();
     if (t.empty()) lx.fail(QRN_RES_ERR_READ_EOF, t, "the text ends without \"end\".");
     if (t.text == "end") break;
+    if (read_conic_section(lx, t, p, state, static_cast<qrn_int64>(src.text.size()))) continue;
     if (t.text == "obj") {
       do {
         Token jt = on_line("a variable index");

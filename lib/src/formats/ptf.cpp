@@ -13,6 +13,7 @@
 //   qo <k> (<i> <j> <q_ij>)*                 lower triangle, term 1/2 x'Qx
 //   qc <k> (<con> <i> <j> <q_ij>)*
 //   cones (<type> <parameter> <nummem> <member>*)*numcone   type q or r
+//   the conic and semidefinite sections of the text format (conic_sections.cpp), when not empty
 //   names <kind> <k> (<index> "name")*       kind con, var or cone; repeatable
 //   end
 #include "formats.hpp"
@@ -90,6 +91,7 @@ void write_ptf(const FileProblem &p, Out &out, const WriteOptions &) {
     for (qrn_int32 m : c.members) out.ch(' ').integer(m);
   }
   out.ch('\n');
+  write_conic_sections(p, out);
   names(out, "con", p.connames);
   names(out, "var", p.varnames);
   names(out, "cone", p.conenames);
@@ -182,9 +184,13 @@ void read_ptf(const Source &src, ReadContext &ctx) {
     for (qrn_int64 q = 0; q < nm; ++q) c.members.push_back(static_cast<qrn_int32>(lx.need_integer("a member", 0, n - 1)));
     p.cones.push_back(std::move(c));
   }
+  int state = -1;
   for (;;) {
     Token t = lx.need("\"names\" or \"end\"");
     if (t.text == "end") break;
+    if (t.text != "names" && p.connames.empty() && p.varnames.empty() && p.conenames.empty() &&
+        read_conic_section(lx, t, p, state, static_cast<qrn_int64>(src.text.size())))
+      continue;
     if (t.text != "names") lx.fail(QRN_RES_ERR_READ_SECTION, t, "\"names\" or \"end\" was expected.");
     Token kind = lx.need("con, var or cone");
     std::vector<std::string> *v = nullptr;

@@ -24,6 +24,7 @@
 //   qconstraints <n>                       n lines: <k> <i> <j> <q_ij>  (term of constraint k)
 //   cones <numcone>                        numcone lines:
 //     <k> <name> <type> <parameter> <nummem> <member> ...   type: quad | rquad
+//   the conic and semidefinite sections (conic_sections.cpp), each only when it has lines
 //   end
 //
 // Bounds are written as the task stores them: a side that the key leaves open
@@ -118,6 +119,7 @@ void write_qtx(const FileProblem &p, Out &out, const WriteOptions &) {
     for (qrn_int32 m : c.members) out.ch(' ').integer(m);
     out.ch('\n');
   }
+  write_conic_sections(p, out);
   out.raw("end\n");
 }
 
@@ -221,7 +223,13 @@ void read_qtx(const Source &src, ReadContext &ctx) {
     for (qrn_int64 q = 0; q < nm; ++q) c.members.push_back(static_cast<qrn_int32>(lx.need_integer("a member", 0, n - 1)));
     p.cones.push_back(std::move(c));
   }
-  lx.expect("end");
+  int state = -1;
+  for (;;) {
+    Token t = lx.need("\"end\"");
+    if (t.text == "end") break;
+    if (!read_conic_section(lx, t, p, state, static_cast<qrn_int64>(src.text.size())))
+      lx.fail(QRN_RES_ERR_READ_SECTION, t, "\"" + std::string(t.text.substr(0, 40)) + "\" is not a section here.");
+  }
   Token rest = lx.next();
   if (!rest.empty()) lx.fail(QRN_RES_ERR_READ_SECTION, rest, "text follows \"end\".");
   ctx.lines = lx.lines_read();

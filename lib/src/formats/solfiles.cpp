@@ -13,6 +13,10 @@
 //   var <j> "name" <key> <xx> <slx> <sux> <snx>
 //   cones <k>
 //   cone <k> "name" <key>
+//   accs <numacc>                    only when the task has ACCs:
+//   acc <k> "name" <n> <doty>*n      the dual values of the ACC's rows
+//   barvars <numbarvar>              only when the task has semidefinite variables:
+//   barvar <j> "name" <len> <barx>*len <bars>*len   lower triangles by columns
 //   end
 //
 // Keys are UN BS SB LL UL EQ IN. A file may hold several solution blocks.
@@ -26,23 +30,6 @@
 
 namespace qrn {
 namespace {
-
-struct Sizes {
-  qrn_int32 m = 0, n = 0, k = 0;
-};
-
-void call(qrn_rescode r) {
-  if (r != QRN_RES_OK) fail(r, "Reading the task's sizes failed.");
-}
-
-Sizes sizes(Task &t) {
-  Sizes s;
-  qrn_task_t h = static_cast<qrn_task_s *>(&t);
-  call(QRN_getnumcon(h, &s.m));
-  call(QRN_getnumvar(h, &s.n));
-  call(QRN_getnumcone(h, &s.k));
-  return s;
-}
 
 std::string file_arg(const char *filename) {
   if (filename == nullptr) fail(QRN_RES_ERR_NULL_POINTER, "Argument filename is null.");
@@ -60,6 +47,10 @@ double primal_objective(const FileProblem &p, const Solution &s) {
 }
 
 void write_block(Out &out, const FileProblem &p, const Solution &s, qrn_int32 which) {
+  auto name_at = [](const std::vector<std::string> &v, size_t k) -> const std::string & {
+    static const std::string none;
+    return k < v.size() ? v[k] : none;
+  };
   out.raw("solution ").raw(soltype_name(which)).ch('\n');
   out.raw("prosta ").raw(prosta_name(s.prosta) ? prosta_name(s.prosta) : "UNKNOWN").ch('\n');
   out.raw("solsta ").raw(solsta_name(s.solsta) ? solsta_name(s.solsta) : "UNKNOWN").ch('\n');
@@ -81,6 +72,27 @@ void write_block(Out &out, const FileProblem &p, const Solution &s, qrn_int32 wh
   out.raw("cones ").integer(static_cast<qrn_int64>(s.skn.size())).ch('\n');
   for (size_t k = 0; k < s.skn.size(); ++k)
     out.raw("cone ").integer(static_cast<qrn_int64>(k)).ch(' ').quoted(name(p.conenames, k)).ch(' ').raw(sk_code(s.skn[k]) ? sk_code(s.skn[k]) : "UN").ch('\n');
+  if (!p.accs.empty()) {
+    out.raw("accs ").integer(static_cast<qrn_int64>(p.accs.size())).ch('\n');
+    size_t row = 0;
+    for (size_t k = 0; k < p.accs.size(); ++k) {
+      const size_t n = p.accs[k].afe.size();
+      out.raw("acc ").integer(static_cast<qrn_int64>(k)).ch(' ').quoted(name_at(p.accnames, k)).ch(' ').integer(static_cast<qrn_int64>(n));
+      for (size_t q = 0; q < n; ++q) out.ch(' ').num(s.doty[row + q]);
+      row += n;
+      out.ch('\n');
+    }
+  }
+  if (!p.barvardim.empty()) {
+    out.raw("barvars ").integer(static_cast<qrn_int64>(p.barvardim.size())).ch('\n');
+    for (size_t j = 0; j < p.barvardim.size(); ++j) {
+      out.raw("barvar ").integer(static_cast<qrn_int64>(j)).ch(' ').quoted(name_at(p.barvarnames, j)).ch(' ');
+      out.integer(static_cast<qrn_int64>(s.barx[j].size()));
+      for (double v : s.barx[j]) out.ch(' ').num(v);
+      for (double v : s.bars[j]) out.ch(' ').num(v);
+      out.ch('\n');
+    }
+  }
   out.raw("end\n");
 }
 
@@ -90,7 +102,7 @@ void write_text_file(Task &t, const std::string &name, const std::vector<qrn_int
   Sink sink = file.sink();
   Out out(sink, t.par.integer[QRN_IPAR_OUTPUT_PRECISION]);
   out.raw("sol 1\n");
-  for (qrn_int32 w : which) write_block(out, p, t.sol[w], w);
+  for (qrn_int32 w : which) write_block(out, p, fitted_solution(t, w), w);
   out.flush();
   file.close();
 }
@@ -176,7 +188,41 @@ std::vector<std::pair<qrn_int32, Solution>> read_blocks(const Source &src, const
       check_name(nm, lx.unquote(nm), p.conenames, k);
       s.skn.push_back(key(lx.need("a key")));
     }
-    lx.expect("end");
+    Token next = lx.need("\"end\"");
+    if (next.text == "accs") {
+      qrn_int64 na = lx.integer(lx.need("a count"), static_cast<qrn_int64>(p.accs.size()), static_cast<qrn_int64>(p.accs.size()));
+      for (qrn_int64 k = 0; k < na; ++k) {
+        lx.expect("acc");
+        lx.integer(lx.need("an index"), k, k);
+        Token nm = lx.need("a name");
+        check_name(nm, lx.unquote(nm), p.accnames, static_cast<size_t>(k));
+        const qrn_int64 n = static_cast<qrn_int64>(p.accs[k].afe.size());
+        lx.integer(lx.need("the ACC's size"), n, n);
+        for (qrn_int64 q = 0; q < n; ++q) s.doty.push_back(value());
+      }
+      next = lx.need("\"end\"");
+    }
+    if (next.text == "barvars") {
+      const qrn_int64 nb = static_cast<qrn_int64>(p.barvardim.size());
+      lx.integer(lx.need("a count"), nb, nb);
+      for (qrn_int64 j = 0; j < nb; ++j) {
+        lx.expect("barvar");
+        lx.integer(lx.need("an index"), j, j);
+        Token nm = lx.need("a name");
+        check_name(nm, lx.unquote(nm), p.barvarnames, static_cast<size_t>(j));
+        const qrn_int64 d = p.barvardim[j], len = d * (d + 1) / 2;
+        lx.integer(lx.need("the number of values"), len, len);
+        for (auto *bar : {&s.barx, &s.bars}) {
+          std::vector<double> v;
+          for (qrn_int64 q = 0; q < len; ++q) v.push_back(value());
+          bar->push_back(std::move(v));
+        }
+      }
+      next = lx.need("\"end\"");
+    }
+    if (next.text != "end") lx.fail(QRN_RES_ERR_READ_SYNTAX, next, "\"end\" was expected.");
+    if (s.doty.size() != static_cast<size_t>(p.accntot()) || s.barx.size() != p.barvardim.size())
+      lx.fail(QRN_RES_ERR_SOL_SIZE, next, "the solution lacks the values of the task's ACCs or semidefinite variables.");
     for (auto &b : out)
       if (b.first == w) lx.fail(QRN_RES_ERR_READ_SECTION, kind, "the file holds this solution twice.");
     out.emplace_back(w, std::move(s));
@@ -360,9 +406,9 @@ QRN_API qrn_rescode QRN_CALL QRN_readjsonsol(qrn_task_t task, const char *filena
   return api(task, "QRN_readjsonsol", [&](Task &t) {
     std::string name = file_arg(filename);
     Source src{name, read_file(name)};
-    Sizes z = sizes(t);
+    FileProblem p = extract(task);
     std::array<Solution, QRN_SOL_COUNT> sol = t.sol;
-    read_json_solutions(src, z.m, z.n, z.k, sol);
+    read_json_solutions(src, sol_sizes(p), sol);
     t.sol = std::move(sol);
   });
 }

@@ -2,6 +2,11 @@
 // solution.
 #include "solfiles.hpp"
 
+#include "exchange.hpp"
+#include "semidefinite.hpp"
+#include "solutions.hpp"
+#include "task.hpp"
+
 #include <iterator>
 
 namespace qrn {
@@ -47,8 +52,24 @@ void need_soltype(qrn_int32 whichsol) {
                                    std::to_string(QRN_SOL_COUNT - 1) + " (QRN_SOL_*).");
 }
 
-void check_solution_sizes(const Solution &s, qrn_int32 m, qrn_int32 n, qrn_int32 numcone, qrn_rescode code,
-                          const std::string &where) {
+SolSizes sol_sizes(const FileProblem &p) {
+  SolSizes z;
+  z.numcon = p.numcon, z.numvar = p.numvar, z.numcone = static_cast<qrn_int32>(p.cones.size());
+  z.accntot = p.accntot();
+  z.bardim = p.barvardim;
+  return z;
+}
+
+Solution fitted_solution(const Task &t, qrn_int32 whichsol) {
+  Solution s = t.sol[whichsol];
+  fit(s, Counts{t.numcon, t.numvar, static_cast<qrn_int32>(t.cones.size())});
+  s.doty.resize(static_cast<size_t>(t.conic.accstart.back()), 0.0);
+  align_bar_solution(t, s);
+  return s;
+}
+
+void check_solution_sizes(const Solution &s, const SolSizes &z, qrn_rescode code, const std::string &where) {
+  const qrn_int32 m = z.numcon, n = z.numvar, numcone = z.numcone;
   auto need = [&](size_t have, qrn_int64 want, const char *what) {
     if (static_cast<qrn_int64>(have) != want)
       fail(code, where + ": " + what + " has " + std::to_string(have) + " entries, the task needs " + std::to_string(want) + ".");
@@ -58,8 +79,14 @@ void check_solution_sizes(const Solution &s, qrn_int32 m, qrn_int32 n, qrn_int32
   need(s.skx.size(), n, "skx"), need(s.xx.size(), n, "xx"), need(s.slx.size(), n, "slx");
   need(s.sux.size(), n, "sux"), need(s.snx.size(), n, "snx");
   need(s.skn.size(), numcone, "skn");
-  // Rows of affine conic constraints: none exist in tasks yet.
-  need(s.doty.size(), 0, "doty");
+  need(s.doty.size(), z.accntot, "doty");
+  need(s.barx.size(), static_cast<qrn_int64>(z.bardim.size()), "barx");
+  need(s.bars.size(), static_cast<qrn_int64>(z.bardim.size()), "bars");
+  for (size_t j = 0; j < z.bardim.size(); ++j) {
+    const qrn_int64 len = static_cast<qrn_int64>(z.bardim[j]) * (z.bardim[j] + 1) / 2;
+    need(s.barx[j].size(), len, "barx of a semidefinite variable");
+    need(s.bars[j].size(), len, "bars of a semidefinite variable");
+  }
   for (qrn_int32 k : s.skc)
     if (sk_code(k) == nullptr) fail(code, where + ": a status key is out of range.");
   for (qrn_int32 k : s.skx)

@@ -90,6 +90,68 @@ void names_section(W &w, const FileProblem &p) {
   }
 }
 
+// Affine expressions, domains, ACCs and DJCs.
+template <class W>
+void conic_section(W &w, const FileProblem &p) {
+  w.template put<int64_t>(p.numafe);
+  w.counted(p.fsubi);
+  w.arr(p.fsubj), w.arr(p.fval);
+  w.arr(p.g);
+  w.template put<uint64_t>(p.domains.size());
+  for (const ProblemDomain &d : p.domains) {
+    w.template put<int32_t>(d.type);
+    w.template put<int64_t>(d.n);
+    w.counted(d.alpha);
+  }
+  w.template put<uint64_t>(p.accs.size());
+  for (const ProblemAcc &a : p.accs) {
+    w.template put<int64_t>(a.dom);
+    w.counted(a.afe);
+    w.arr(a.b);
+  }
+  w.template put<uint64_t>(p.djcs.size());
+  for (const ProblemDjc &d : p.djcs) {
+    w.counted(d.termsize);
+    w.counted(d.dom);
+    w.counted(d.afe);
+    w.arr(d.b);
+  }
+}
+
+template <class W>
+void coefs(W &w, const std::vector<ProblemBarCoef> &v) {
+  w.template put<uint64_t>(v.size());
+  for (const ProblemBarCoef &c : v) {
+    w.template put<int64_t>(c.i);
+    w.template put<int32_t>(c.j);
+    w.counted(c.mat);
+    w.arr(c.weight);
+  }
+}
+
+// Semidefinite variables, the matrix store and barC, barA, barF.
+template <class W>
+void sdp_section(W &w, const FileProblem &p) {
+  w.counted(p.barvardim);
+  w.template put<uint64_t>(p.symmats.size());
+  for (const ProblemSymMat &m : p.symmats) {
+    w.template put<int32_t>(m.dim);
+    w.counted(m.subi);
+    w.arr(m.subj), w.arr(m.val);
+  }
+  coefs(w, p.barc);
+  coefs(w, p.bara);
+  coefs(w, p.barf);
+}
+
+template <class W>
+void conic_names_section(W &w, const FileProblem &p) {
+  for (const auto *v : {&p.domnames, &p.accnames, &p.djcnames, &p.barvarnames}) {
+    w.template put<uint64_t>(v->size());
+    for (const std::string &s : *v) w.str(s);
+  }
+}
+
 template <class W>
 void params_section(W &w, const Params &par) {
   w.template put<uint32_t>(static_cast<uint32_t>(QRN_DPAR_COUNT + QRN_IPAR_COUNT + QRN_SPAR_COUNT));
@@ -116,6 +178,9 @@ void solutions_section(W &w, const std::array<Solution, QRN_SOL_COUNT> &sol) {
     w.template put<int32_t>(s.solsta);
     w.counted(s.skc), w.counted(s.skx), w.counted(s.skn);
     for (const auto *v : {&s.xc, &s.xx, &s.y, &s.slc, &s.suc, &s.slx, &s.sux, &s.snx, &s.doty}) w.counted(*v);
+    w.template put<uint32_t>(static_cast<uint32_t>(s.barx.size()));
+    for (const auto *bar : {&s.barx, &s.bars})
+      for (const std::vector<double> &v : *bar) w.counted(v);
   }
 }
 
@@ -208,6 +273,101 @@ void read_problem_section(BinIn &in, FileProblem &p) {
   }
 }
 
+template <class T>
+void check_index64(BinIn &in, const std::vector<T> &v, qrn_int64 n) {
+  for (T x : v)
+    if (x < 0 || x >= n) in.bad(QRN_RES_ERR_READ_INDEX, "an index is out of range.");
+}
+
+// A count of items that take at least `bytes` bytes each.
+uint64_t item_count(BinIn &in, uint64_t bytes) {
+  uint64_t n = in.get<uint64_t>();
+  if (n > (in.end - in.pos) / bytes) in.bad(QRN_RES_ERR_READ_EOF, "the data ends early.");
+  return n;
+}
+
+void read_conic_section(BinIn &in, FileProblem &p) {
+  p.numafe = in.get<int64_t>();
+  // Expressions without entries take no bytes: bound their number loosely.
+  if (p.numafe < 0 || static_cast<uint64_t>(p.numafe) > (in.end - in.pos) / 8 + 1)
+    in.bad(QRN_RES_ERR_READ_INDEX, "the number of affine expressions is out of range.");
+  in.counted(p.fsubi);
+  in.arr(p.fsubj, p.fsubi.size()), in.arr(p.fval, p.fsubi.size());
+  in.arr(p.g, static_cast<uint64_t>(p.numafe));
+  check_index64(in, p.fsubi, p.numafe);
+  check_index(in, p.fsubj, p.numvar);
+  for (size_t k = 1; k < p.fsubi.size(); ++k)
+    if (p.fsubi[k] < p.fsubi[k - 1] || (p.fsubi[k] == p.fsubi[k - 1] && p.fsubj[k] <= p.fsubj[k - 1]))
+      in.bad(QRN_RES_ERR_READ_INDEX, "the entries of F are not row by row with variables increasing.");
+  p.domains.resize(item_count(in, 20));
+  for (ProblemDomain &d : p.domains) {
+    d.type = in.get<int32_t>();
+    d.n = in.get<int64_t>();
+    in.counted(d.alpha);
+  }
+  const qrn_int64 numdom = static_cast<qrn_int64>(p.domains.size());
+  p.accs.resize(item_count(in, 16));
+  for (ProblemAcc &a : p.accs) {
+    a.dom = in.get<int64_t>();
+    in.counted(a.afe);
+    in.arr(a.b, a.afe.size());
+    if (a.dom < 0 || a.dom >= numdom) in.bad(QRN_RES_ERR_READ_INDEX, "a domain index is out of range.");
+    check_index64(in, a.afe, p.numafe);
+  }
+  p.djcs.resize(item_count(in, 24));
+  for (ProblemDjc &d : p.djcs) {
+    in.counted(d.termsize);
+    in.counted(d.dom);
+    in.counted(d.afe);
+    in.arr(d.b, d.afe.size());
+    check_index64(in, d.dom, numdom);
+    check_index64(in, d.afe, p.numafe);
+  }
+}
+
+void read_coefs(BinIn &in, std::vector<ProblemBarCoef> &v, qrn_int64 ilo, qrn_int64 ihi, const FileProblem &p) {
+  v.resize(item_count(in, 20));
+  for (ProblemBarCoef &c : v) {
+    c.i = in.get<int64_t>();
+    c.j = in.get<int32_t>();
+    in.counted(c.mat);
+    in.arr(c.weight, c.mat.size());
+    if (c.i < ilo || c.i > ihi || c.j < 0 || c.j >= static_cast<qrn_int32>(p.barvardim.size()))
+      in.bad(QRN_RES_ERR_READ_INDEX, "a coefficient's index is out of range.");
+    check_index64(in, c.mat, static_cast<qrn_int64>(p.symmats.size()));
+  }
+}
+
+void read_sdp_section(BinIn &in, FileProblem &p) {
+  in.counted(p.barvardim);
+  for (qrn_int32 d : p.barvardim)
+    if (d < 1) in.bad(QRN_RES_ERR_READ_INDEX, "a semidefinite variable's dimension is out of range.");
+  p.symmats.resize(item_count(in, 12));
+  for (ProblemSymMat &m : p.symmats) {
+    m.dim = in.get<int32_t>();
+    in.counted(m.subi);
+    in.arr(m.subj, m.subi.size()), in.arr(m.val, m.subi.size());
+    if (m.dim < 1) in.bad(QRN_RES_ERR_READ_INDEX, "a matrix dimension is out of range.");
+    check_index(in, m.subi, m.dim), check_index(in, m.subj, m.dim);
+  }
+  read_coefs(in, p.barc, -1, -1, p);
+  read_coefs(in, p.bara, 0, static_cast<qrn_int64>(p.numcon) - 1, p);
+  read_coefs(in, p.barf, 0, p.numafe - 1, p);
+}
+
+void read_conic_names_section(BinIn &in, FileProblem &p) {
+  const uint64_t want[] = {p.domains.size(), p.accs.size(), p.djcs.size(), p.barvardim.size()};
+  int k = 0;
+  for (auto *v : {&p.domnames, &p.accnames, &p.djcnames, &p.barvarnames}) {
+    uint64_t n = in.get<uint64_t>();
+    if (n != 0 && n != want[k]) in.bad(QRN_RES_ERR_READ_INDEX, "the number of names does not match the items.");
+    if (n > (in.end - in.pos) / 4) in.bad(QRN_RES_ERR_READ_EOF, "the data ends early.");
+    v->resize(n);
+    for (std::string &s : *v) s = in.str();
+    ++k;
+  }
+}
+
 void read_names_section(BinIn &in, FileProblem &p) {
   p.taskname = in.str();
   p.objname = in.str();
@@ -253,6 +413,12 @@ void read_solutions_section(BinIn &in, std::array<Solution, QRN_SOL_COUNT> &sol)
     if (prosta_name(s.prosta) == nullptr || solsta_name(s.solsta) == nullptr) in.bad(QRN_RES_ERR_READ_INDEX, "a status is out of range.");
     in.counted(s.skc), in.counted(s.skx), in.counted(s.skn);
     for (auto *v : {&s.xc, &s.xx, &s.y, &s.slc, &s.suc, &s.slx, &s.sux, &s.snx, &s.doty}) in.counted(*v);
+    uint32_t nbar = in.get<uint32_t>();
+    if (nbar > (in.end - in.pos) / 16) in.bad(QRN_RES_ERR_READ_EOF, "the data ends early.");
+    for (auto *bar : {&s.barx, &s.bars}) {
+      bar->resize(nbar);
+      for (std::vector<double> &v : *bar) in.counted(v);
+    }
   }
 }
 
@@ -272,9 +438,19 @@ void write_taskfile(const FileProblem &p, Out &out, const WriteOptions &opt) {
   };
   section("PROB", [&](auto &x) { problem_section(x, p); });
   section("NAME", [&](auto &x) { names_section(x, p); });
+  if (p.numafe > 0 || !p.domains.empty() || !p.accs.empty() || !p.djcs.empty())
+    section("CONI", [&](auto &x) { conic_section(x, p); });
+  if (!p.barvardim.empty() || !p.symmats.empty()) section("SDP.", [&](auto &x) { sdp_section(x, p); });
+  if (!p.domnames.empty() || !p.accnames.empty() || !p.djcnames.empty() || !p.barvarnames.empty())
+    section("CNAM", [&](auto &x) { conic_names_section(x, p); });
   if (opt.task != nullptr) {
     section("PARA", [&](auto &x) { params_section(x, opt.task->par); });
-    if (opt.solutions) section("SOLN", [&](auto &x) { solutions_section(x, opt.task->sol); });
+    if (opt.solutions) {
+      std::array<Solution, QRN_SOL_COUNT> sol;
+      for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k)
+        if (opt.task->sol[k].defined) sol[k] = fitted_solution(*opt.task, k);
+      section("SOLN", [&](auto &x) { solutions_section(x, sol); });
+    }
   }
   w.put<uint32_t>(tag("END."));
   w.put<uint64_t>(0);
@@ -288,7 +464,7 @@ void read_taskfile(const Source &src, ReadContext &ctx) {
   uint32_t ver = in.get<uint32_t>(), mark = in.get<uint32_t>();
   if (mark != order_mark) in.bad(QRN_RES_ERR_READ_VERSION, "the file was written with another byte order.");
   if (ver != version) in.bad(QRN_RES_ERR_READ_VERSION, "task file version " + std::to_string(ver) + " is not known.");
-  bool seen_prob = false, seen_names = false, done = false;
+  bool seen_prob = false, seen_names = false, seen_conic = false, seen_sdp = false, seen_cnames = false, done = false;
   Params par = ctx.scratch.par;
   std::array<Solution, QRN_SOL_COUNT> sol;
   while (!done) {
@@ -306,6 +482,15 @@ void read_taskfile(const Source &src, ReadContext &ctx) {
     } else if (t == tag("NAME") && seen_prob && !seen_names) {
       read_names_section(in, ctx.problem);
       seen_names = true;
+    } else if (t == tag("CONI") && seen_names && !seen_conic && !seen_sdp && !seen_cnames) {
+      read_conic_section(in, ctx.problem);
+      seen_conic = true;
+    } else if (t == tag("SDP.") && seen_names && !seen_sdp && !seen_cnames) {
+      read_sdp_section(in, ctx.problem);
+      seen_sdp = true;
+    } else if (t == tag("CNAM") && seen_names && !seen_cnames) {
+      read_conic_names_section(in, ctx.problem);
+      seen_cnames = true;
     } else if (t == tag("PARA") && seen_prob) {
       read_params_section(in, par);
     } else if (t == tag("SOLN") && seen_prob) {
@@ -313,8 +498,7 @@ void read_taskfile(const Source &src, ReadContext &ctx) {
     } else if (t == tag("END.")) {
       done = true;
     } else {
-      // Sections for data this version does not hold (conic, semidefinite)
-      // would be refused here rather than skipped.
+      // Unknown sections are refused rather than skipped.
       in.bad(QRN_RES_ERR_READ_SECTION, "an unknown, repeated or misplaced section.");
     }
     if (in.pos != in.end) in.bad(QRN_RES_ERR_READ_SYNTAX, "the section's length does not match its content.");
@@ -327,8 +511,7 @@ void read_taskfile(const Source &src, ReadContext &ctx) {
   const FileProblem &p = ctx.problem;
   for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k)
     if (sol[k].defined)
-      check_solution_sizes(sol[k], p.numcon, p.numvar, static_cast<qrn_int32>(p.cones.size()), QRN_RES_ERR_READ_INDEX,
-                           src.name + ": solution " + soltype_name(k));
+      check_solution_sizes(sol[k], sol_sizes(p), QRN_RES_ERR_READ_INDEX, src.name + ": solution " + soltype_name(k));
   if (ctx.input_params) ctx.scratch.par = par;
   ctx.scratch.sol = std::move(sol);
   ctx.lines = 0;

@@ -41,6 +41,14 @@ struct Range {
   double span() const { return n == 0 ? 0 : std::log10(hi / lo); }
 };
 
+// "QRN_RES_TRM_MAX_ITERATIONS (2050)", or the number alone.
+std::string code_text(qrn_int32 code) {
+  if (code < 0) return "none";
+  char sym[QRN_MAX_STR_LEN] = "";
+  if (QRN_getcodedesc(code, sym, nullptr) != QRN_RES_OK) return std::to_string(code);
+  return std::string(sym) + " (" + std::to_string(code) + ")";
+}
+
 const char *key_name(qrn_int32 bk) {
   static const char *const names[] = {"free", "lower", "upper", "fixed", "ranged"};
   return bk >= 0 && bk <= 4 ? names[bk] : "?";
@@ -145,14 +153,21 @@ void analyze_problem(Task &t, qrn_int32 stream) {
   std::string s = "Problem analysis\n";
   s += fmt("  Name                : %s\n", p.taskname.empty() ? "(none)" : p.taskname.c_str());
   s += fmt("  Objective sense     : %s\n", p.sense == QRN_OBJECTIVE_SENSE_MAXIMIZE ? "maximize" : "minimize");
-  const char *type = !p.cones.empty() ? (p.has_quadratic() ? "mixed quadratic and conic" : "conic")
-                                      : (p.has_quadratic() ? "quadratic" : "linear");
+  const bool conic = !p.cones.empty() || !p.accs.empty() || !p.djcs.empty() || !p.barvardim.empty();
+  const char *type = conic ? (p.has_quadratic() ? "mixed quadratic and conic" : p.barvardim.empty() ? "conic" : "semidefinite")
+                           : (p.has_quadratic() ? "quadratic" : "linear");
   s += fmt("  Type                : %s%s\n", type, nint > 0 ? ", mixed-integer" : "");
   s += fmt("  Constraints         : %d\n", p.numcon);
   s += fmt("  Variables           : %d (%d integer)\n", p.numvar, nint);
   s += fmt("  Cones               : %zu\n", p.cones.size());
   s += fmt("  Matrix non-zeros    : %lld\n", static_cast<long long>(p.numanz()));
   s += fmt("  Quadratic terms     : %zu objective, %zu constraint\n", p.qoval.size(), p.qcval.size());
+  if (p.has_conic()) {
+    s += fmt("  Affine expressions  : %lld (%zu non-zeros in F)\n", static_cast<long long>(p.numafe), p.fval.size());
+    s += fmt("  ACCs, DJCs, domains : %zu, %zu, %zu\n", p.accs.size(), p.djcs.size(), p.domains.size());
+    s += fmt("  Semidefinite vars   : %zu (barC %zu, barA %zu, barF %zu coefficients)\n", p.barvardim.size(), p.barc.size(),
+             p.bara.size(), p.barf.size());
+  }
   auto count_keys = [](const std::vector<qrn_int32> &bk) {
     qrn_int64 n[5] = {};
     for (qrn_int32 k : bk)
@@ -206,7 +221,10 @@ void analyze_problem(Task &t, qrn_int32 stream) {
   t.write(stream, s);
 }
 
-void one_solution(Task &t, const FileProblem &p, qrn_int32 which, std::string &s) {
+// Objective values and largest violations, as the library measures them
+// (QRN_getsolutioninfonew: every kind of constraint, cones, ACCs, DJCs and
+// semidefinite variables included).
+void one_solution(Task &t, qrn_int32 which, std::string &s) {
   const Solution &x = t.sol[which];
   s += fmt("%s solution\n", soltype_name(which));
   if (!x.defined) {
@@ -215,47 +233,32 @@ void one_solution(Task &t, const FileProblem &p, qrn_int32 which, std::string &s
   }
   s += fmt("  Problem status  : %s\n", prosta_name(x.prosta) ? prosta_name(x.prosta) : "?");
   s += fmt("  Solution status : %s\n", solsta_name(x.solsta) ? solsta_name(x.solsta) : "?");
-  double pobj = p.cfix, quad = 0;
-  for (qrn_int32 j = 0; j < p.numvar; ++j) pobj += p.c[j] * x.xx[j];
-  for (size_t k = 0; k < p.qoval.size(); ++k) {
-    double v = p.qoval[k] * x.xx[p.qosubi[k]] * x.xx[p.qosubj[k]];
-    quad += p.qosubi[k] == p.qosubj[k] ? v / 2 : v;
-  }
-  pobj += quad;
-  // Dual objective of the bounds' multipliers (linear part; minus the quadratic term).
-  double dobj = p.cfix - quad;
-  for (qrn_int32 i = 0; i < p.numcon; ++i) {
-    if (!std::isinf(p.blc[i])) dobj += x.slc[i] * p.blc[i];
-    if (!std::isinf(p.buc[i])) dobj -= x.suc[i] * p.buc[i];
-  }
-  for (qrn_int32 j = 0; j < p.numvar; ++j) {
-    if (!std::isinf(p.blx[j])) dobj += x.slx[j] * p.blx[j];
-    if (!std::isinf(p.bux[j])) dobj -= x.sux[j] * p.bux[j];
-  }
-  s += fmt("  Primal objective: %.15g\n", pobj);
-  s += fmt("  Dual objective  : %.15g\n", dobj);
-  double conviol = 0, boundviol = 0, actviol = 0, intviol = 0;
-  std::vector<double> ax(p.numcon, 0.0);
-  for (qrn_int32 j = 0; j < p.numvar; ++j)
-    for (qrn_int64 k = p.aptr[j]; k < p.aptr[j + 1]; ++k) ax[p.asub[k]] += p.aval[k] * x.xx[j];
-  for (qrn_int32 i = 0; i < p.numcon; ++i) {
-    conviol = std::max({conviol, p.blc[i] - x.xc[i], x.xc[i] - p.buc[i]});
-    if (p.qcval.empty()) actviol = std::max(actviol, std::fabs(ax[i] - x.xc[i]));
-  }
-  for (qrn_int32 j = 0; j < p.numvar; ++j) {
-    boundviol = std::max({boundviol, p.blx[j] - x.xx[j], x.xx[j] - p.bux[j]});
-    if (p.vartype[j] == QRN_VAR_TYPE_INTEGER) intviol = std::max(intviol, std::fabs(x.xx[j] - std::round(x.xx[j])));
-  }
-  s += fmt("  Largest violations: constraint bounds %.1e, variable bounds %.1e, activity %.1e", conviol, boundviol, actviol);
-  if (which == QRN_SOL_ITG) s += fmt(", integrality %.1e", intviol);
+  double v[15] = {};
+  qrn_rescode r = QRN_getsolutioninfonew(static_cast<qrn_task_s *>(&t), which, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5],
+                                         &v[6], &v[7], &v[8], &v[9], &v[10], &v[11], &v[12], &v[13]);
+  if (r != QRN_RES_OK) fail(r, "Measuring the " + std::string(soltype_name(which)) + " solution failed.");
+  s += fmt("  Primal objective: %.15g\n", v[0]);
+  s += fmt("  Dual objective  : %.15g\n", v[8]);
+  s += fmt("  Largest primal violations: constraints %.1e, variable bounds %.1e", v[1], v[2]);
+  if (!t.cones.empty()) s += fmt(", cones %.1e", v[4]);
+  if (!t.sdp.dim.empty()) s += fmt(", semidefinite variables %.1e", v[3]);
+  if (!t.conic.accs.empty()) s += fmt(", ACCs %.1e", v[5]);
+  if (!t.conic.djcs.empty()) s += fmt(", DJCs %.1e", v[6]);
+  if (which == QRN_SOL_ITG) s += fmt(", integrality %.1e", v[7]);
   s += "\n";
+  if (which != QRN_SOL_ITG) {
+    s += fmt("  Largest dual violations  : constraints %.1e, variables %.1e", v[9], v[10]);
+    if (!t.cones.empty()) s += fmt(", cones %.1e", v[12]);
+    if (!t.sdp.dim.empty()) s += fmt(", semidefinite variables %.1e", v[11]);
+    if (!t.conic.accs.empty()) s += fmt(", ACCs %.1e", v[13]);
+    s += "\n";
+  }
 }
 
 void solution_summary(Task &t, qrn_int32 stream, qrn_int32 only) {
-  FileProblem p = extract(static_cast<qrn_task_s *>(&t));
   std::string s = "Solution summary\n";
   for (qrn_int32 w = 0; w < QRN_SOL_COUNT; ++w)
-    if (only < 0 ? t.sol[w].defined : w == only) one_solution(t, p, w, s);
+    if (only < 0 ? t.sol[w].defined : w == only) one_solution(t, w, s);
   if (only < 0 && s == "Solution summary\n") s += "  No solution is defined.\n";
   t.write(stream, s);
 }
@@ -265,9 +268,12 @@ void optimizer_summary(Task &t, qrn_int32 stream) {
   if (iinf(t, QRN_IINF_OPT_CALLS) == 0) {
     s += "  The task has not been optimized.\n";
   } else {
-    s += fmt("  Algorithm used      : %d\n", iinf(t, QRN_IINF_ALGORITHM_USED));
-    s += fmt("  Termination code    : %d\n", iinf(t, QRN_IINF_TERMINATION_CODE));
-    s += fmt("  Response code       : %d\n", iinf(t, QRN_IINF_OPT_RESPONSE));
+    static const char *const algorithms[] = {"automatic", "interior point", "primal simplex", "dual simplex",
+                                             "simplex", "mixed integer"};
+    const qrn_int32 alg = iinf(t, QRN_IINF_ALGORITHM_USED);
+    s += fmt("  Algorithm used      : %s\n", alg >= 0 && alg <= 5 ? algorithms[alg] : "none");
+    s += fmt("  Termination         : %s\n", code_text(iinf(t, QRN_IINF_TERMINATION_CODE)).c_str());
+    s += fmt("  Response            : %s\n", code_text(iinf(t, QRN_IINF_OPT_RESPONSE)).c_str());
     s += fmt("  Time (s)            : %.3f total, %.3f processor\n", dinf(t, QRN_DINF_TIME_TOTAL), dinf(t, QRN_DINF_TIME_CPU));
     s += fmt("  Interior point      : %d iterations, %.3f s\n", iinf(t, QRN_IINF_IPM_ITER), dinf(t, QRN_DINF_TIME_IPM));
     s += fmt("  Simplex             : %d iterations, %.3f s\n", iinf(t, QRN_IINF_SPX_ITER), dinf(t, QRN_DINF_TIME_SIMPLEX));
