@@ -262,15 +262,7 @@ class Session {
 // solutions included.
 std::string task_file(Task &t) {
   qrn_task_t h = static_cast<qrn_task_s *>(&t);
-  qrn_int64 nacc = 0, ndjc = 0;
-  qrn_int32 nbar = 0;
-  QRN_getnumacc(h, &nacc);
-  QRN_getnumdjc(h, &ndjc);
-  QRN_getnumbarvar(h, &nbar);
-  if (nacc + ndjc + nbar > 0)
-    fail(QRN_RES_ERR_WRITE_LOSES_CONES, "The task has affine conic or disjunctive constraints or semidefinite "
-                                        "variables, which the binary task file does not carry to a server.");
-  FileProblem p = extract(h);
+  FileProblem p = extract(h);  // every kind of data, conic and semidefinite included
   WriteOptions opt = write_options(t);
   opt.solutions = false;  // a run replaces them all
   std::string buf;
@@ -285,13 +277,16 @@ std::string task_file(Task &t) {
 // replaced, the information items those of the server's run except what a
 // local run keeps, plus the remote items. Checks everything first.
 void store(Task &t, Result &r, int attempts, double remote_time) {
-  const qrn_int32 numcone = static_cast<qrn_int32>(t.cones.size());
+  SolSizes sizes;
+  sizes.numcon = t.numcon, sizes.numvar = t.numvar, sizes.numcone = static_cast<qrn_int32>(t.cones.size());
+  sizes.accntot = t.conic.accstart.back();
+  sizes.bardim = t.sdp.dim;
   for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k) {
     const Solution &s = r.sol[k];
     if (!s.defined) continue;
     if (prosta_name(s.prosta) == nullptr || solsta_name(s.solsta) == nullptr)
       fail(QRN_RES_ERR_REMOTE_PROTOCOL, std::string("The server's ") + soltype_name(k) + " solution has a status out of range.");
-    check_solution_sizes(s, t.numcon, t.numvar, numcone, QRN_RES_ERR_SOL_SIZE,
+    check_solution_sizes(s, sizes, QRN_RES_ERR_SOL_SIZE,
                          std::string("The server's ") + soltype_name(k) + " solution (the task changed since it was sent?)");
   }
   Info info = r.info;
