@@ -4,6 +4,7 @@
 #include "conic.hpp"
 #include "semidefinite.hpp"
 #include "solutions.hpp"
+#include "solutions.hpp"
 
 #include <algorithm>
 
@@ -13,14 +14,9 @@ bool has_conic_data(const Task &t) {
   return !t.conic.accs.empty() || !t.conic.djcs.empty() || !t.sdp.dim.empty();
 }
 
-const Solution &need_defined(const Task &t, qrn_int32 whichsol) {
-  if (whichsol < 0 || whichsol >= QRN_SOL_COUNT)
-    fail(QRN_RES_ERR_SOL_WHICH, "Solution " + std::to_string(whichsol) + " is not one of 0.." +
-                                   std::to_string(QRN_SOL_COUNT - 1) + " (QRN_SOL_*).");
-  const Solution &s = t.sol[whichsol];
-  if (!s.defined) fail(QRN_RES_ERR_SOL_UNDEFINED, "Solution " + std::to_string(whichsol) + " is not defined.");
-  return s;
-}
+// What a defined solution and a valid identifier are is the solution store's
+// rule (solutions.hpp); the conic members follow it.
+const Solution &need_defined(const Task &t, qrn_int32 whichsol) { return readable(t, whichsol); }
 
 namespace {
 // Defined solutions may come from code that does not know the conic data:
@@ -40,17 +36,13 @@ Solution &conic_solution(Task &t, qrn_int32 whichsol) {
 }
 
 Solution &define_solution(Task &t, qrn_int32 whichsol) {
-  if (whichsol < 0 || whichsol >= QRN_SOL_COUNT) need_defined(t, whichsol);
+  check_which(whichsol);
   Solution &s = t.sol[whichsol];
   if (!s.defined) {
     s = Solution{};
     s.defined = true;
-    s.skc.assign(t.numcon, QRN_SK_UNKNOWN);
-    s.skx.assign(t.numvar, QRN_SK_UNKNOWN);
-    s.skn.assign(t.cones.size(), QRN_SK_UNKNOWN);
-    for (auto *v : {&s.xc, &s.y, &s.slc, &s.suc}) v->assign(t.numcon, 0.0);
-    for (auto *v : {&s.xx, &s.slx, &s.sux, &s.snx}) v->assign(t.numvar, 0.0);
   }
+  fit(s, Counts{t.numcon, t.numvar, static_cast<qrn_int32>(t.cones.size())});
   align(t, s);
   return s;
 }
