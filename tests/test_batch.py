@@ -43,14 +43,14 @@ def ipm_transport(task):
     return task
 
 
-def miqp(task):  # refused by the optimizer: a response code of its own
+def nonconcave(task):  # refused by the optimizer: a response code of its own
     knapsack(task, 3)
     assert task.putqobj_OOO_4(iv(0), iv(0), dv(1.0)) == (0, None)
     return task
 
 
 KINDS = [small_lp, lambda t: small_lp(t, maximize=True), qp, knapsack, infeasible_lp, unbounded,
-         ipm_transport, miqp]
+         ipm_transport, nonconcave]
 
 
 def solutions(task):
@@ -86,7 +86,7 @@ def test_eight_tasks_of_different_kinds_match_one_by_one(env, threads):
     assert env.optimizebatch_idiOOO_5(0, 0.0, threads, batch, trm, rc) == (0, None)
     assert len(trm) == len(rc) == 4 * len(KINDS)
     assert [(0, t) if r == 0 else (r, None) for t, r in zip(ints(trm), ints(rc))] == expect
-    assert expect[-1][0] == c("RES_ERR_OPT_MIQP") and all(e == (0, 0) for e in expect[:-1])
+    assert expect[-1][0] == c("RES_ERR_OPT_NONCONVEX") and all(e == (0, 0) for e in expect[:-1])
     for a, b in zip(alone, batch):
         same(solutions(a), solutions(b))
     # the in-place variant writes the same codes into views

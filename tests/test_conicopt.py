@@ -261,11 +261,13 @@ def test_refusals_leave_the_task_as_it_was(env):
     assert t.putqconk_iOOO_5(0, iv(0, 1), iv(0, 1), dv(2, -2)) == (0, None)
     assert t.optimizetrm__1() == (c("RES_ERR_OPT_QCON_NONCONVEX"), None)
     assert t.putqconk_iOOO_5(0, iv(0, 1), iv(0, 1), dv(2, 2)) == (0, None)
-    # integer variables with a quadratic constraint
+    # integer variables with a quadratic constraint and a simplex method
     assert t.putvartype_ii_3(0, c("VAR_TYPE_INTEGER")) == (0, None)
-    assert t.optimizetrm__1() == (c("RES_ERR_OPT_INT_CONIC"), None)
+    t.putintparam_ii_3(c("IPAR_ALGORITHM"), c("ALGORITHM_PRIMAL_SIMPLEX"))
+    assert t.optimizetrm__1() == (c("RES_ERR_OPT_COMBINATION"), None)
     assert t.putvartype_ii_3(0, c("VAR_TYPE_CONTINUOUS")) == (0, None)
-    # a disjunctive constraint
+    # a disjunctive constraint with the interior-point method alone
+    t.putintparam_ii_3(c("IPAR_ALGORITHM"), c("ALGORITHM_IPM"))
     assert t.appenddjcs_L_2(1) == (0, None)
     assert t.optimizetrm__1() == (c("RES_ERR_OPT_DJC"), None)
     assert t.getsolsta_i_2(0) == (0, c("SOL_STA_OPTIMAL"))  # the earlier solution is kept

@@ -201,7 +201,7 @@ TEST(batch_race_stops_the_others_when_one_finishes) {
     knapsack(bad.task, 3);
     const qrn_int32 zero = 0;
     const double one = 1.0;
-    CHECK_EQ(QRN_putqobj(bad.task, 1, &zero, &zero, &one), QRN_RES_OK);  // integer and quadratic: refused
+    CHECK_EQ(QRN_putqobj(bad.task, 1, &zero, &zero, &one), QRN_RES_OK);  // not concave: refused
     load(quick.task, small_lp());
     transport(slow.task, 15);
     set_int(slow.task, QRN_IPAR_PRESOLVE, QRN_OFF);
@@ -214,7 +214,7 @@ TEST(batch_race_stops_the_others_when_one_finishes) {
     qrn_task_t list[3] = {bad.task, slow.task, quick.task};
     qrn_int32 trm[3], rc[3];
     CHECK_EQ(QRN_optimizebatch(quick.env, 1, 0.0, 2, 3, list, trm, rc), QRN_RES_OK);
-    CHECK_EQ(rc[0], QRN_RES_ERR_OPT_MIQP);
+    CHECK_EQ(rc[0], QRN_RES_ERR_OPT_NONCONVEX);
     CHECK_EQ(pc(trm[1], rc[1]), pc(QRN_RES_TRM_BATCH_RACE, QRN_RES_OK));
     CHECK_EQ(pc(trm[2], rc[2]), pc(QRN_RES_OK, QRN_RES_OK));
     CHECK_EQ(sol(slow.task, QRN_SOL_BAS).solsta, QRN_SOL_STA_UNKNOWN);

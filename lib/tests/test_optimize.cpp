@@ -201,11 +201,12 @@ TEST(optimizer_refusals_leave_the_task_as_it_was) {
   CHECK_EQ(QRN_putqobj(f.task, 1, zero, zero, minus), QRN_RES_OK);
   optimize(f.task, &r);
   CHECK_EQ(r, QRN_RES_ERR_OPT_NONCONVEX);
-  // integer variables with a quadratic objective
+  // integer variables with a quadratic objective and a simplex method
   CHECK_EQ(QRN_putqobj(f.task, 1, zero, zero, two), QRN_RES_OK);
   CHECK_EQ(QRN_putvartype(f.task, 1, QRN_VAR_TYPE_INTEGER), QRN_RES_OK);
+  set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_DUAL_SIMPLEX);
   optimize(f.task, &r);
-  CHECK_EQ(r, QRN_RES_ERR_OPT_MIQP);
+  CHECK_EQ(r, QRN_RES_ERR_OPT_COMBINATION);
   // the interior-point method on integer variables
   CHECK_EQ(QRN_putqobj(f.task, 0, nullptr, nullptr, nullptr), QRN_RES_OK);
   set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_IPM);
@@ -218,18 +219,18 @@ TEST(optimizer_refusals_leave_the_task_as_it_was) {
   optimize(f.task, &r);
   CHECK_EQ(r, QRN_RES_ERR_OPT_QCON_NONCONVEX);
   CHECK_EQ(QRN_putqconk(f.task, 0, 0, nullptr, nullptr, nullptr), QRN_RES_OK);
-  // cones with integer variables, or with a simplex method
+  // cones with a simplex method, with or without integer variables
   const qrn_int32 members[] = {2, 1};
   CHECK_EQ(QRN_appendcone(f.task, QRN_CONE_QUAD, 0.0, 2, members), QRN_RES_OK);
-  CHECK_EQ(QRN_putvartype(f.task, 0, QRN_VAR_TYPE_INTEGER), QRN_RES_OK);
-  optimize(f.task, &r);
-  CHECK_EQ(r, QRN_RES_ERR_OPT_INT_CONIC);
-  CHECK_EQ(QRN_putvartype(f.task, 0, QRN_VAR_TYPE_CONTINUOUS), QRN_RES_OK);
   set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_DUAL_SIMPLEX);
   optimize(f.task, &r);
   CHECK_EQ(r, QRN_RES_ERR_OPT_COMBINATION);
-  // disjunctive constraints
-  set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_AUTO);
+  CHECK_EQ(QRN_putvartype(f.task, 0, QRN_VAR_TYPE_INTEGER), QRN_RES_OK);
+  optimize(f.task, &r);
+  CHECK_EQ(r, QRN_RES_ERR_OPT_COMBINATION);
+  CHECK_EQ(QRN_putvartype(f.task, 0, QRN_VAR_TYPE_CONTINUOUS), QRN_RES_OK);
+  // disjunctive constraints with the interior-point method alone
+  set_int(f.task, QRN_IPAR_ALGORITHM, QRN_ALGORITHM_IPM);
   CHECK_EQ(QRN_appenddjcs(f.task, 1), QRN_RES_OK);
   optimize(f.task, &r);
   CHECK_EQ(r, QRN_RES_ERR_OPT_DJC);

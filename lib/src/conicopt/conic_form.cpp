@@ -18,23 +18,9 @@ void need(qrn_rescode r, const char *what) {
   if (r != QRN_RES_OK) fail(r, std::string("Reading the conic problem failed (") + what + ").");
 }
 
-struct Row {
-  SparseRow e;  // over full columns
-  double b;
-  RowRef ref;
-};
-
-struct Block {
-  ipm::Cone cone;
-  std::vector<Row> rows;
-};
-
-// Where rows are collected before assembly: equations, inequalities, then
-// every other cone in the order met.
-struct Rows {
-  std::vector<Row> zero, nonneg;
-  std::vector<Block> blocks;
-};
+using Row = ConicRow;
+using Block = ConicBlock;
+using Rows = ConicRows;
 
 SparseRow scaled(const SparseRow &r, double s) {
   SparseRow o(r);
@@ -109,8 +95,59 @@ bool factor_psd(const std::vector<qrn_int32> &qi, const std::vector<qrn_int32> &
   return true;
 }
 
-ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double convexity_tol) {
-  ConicForm f;
+int svec_col(const ConicForm &f, qrn_int32 j, qrn_int32 k, qrn_int32 l) {  // k >= l
+  const int d = f.bardim[j];
+  return f.barstart[j] + l * d - l * (l - 1) / 2 + (k - l);
+}
+
+namespace {
+
+DomainRows read_domain(qrn_task_t task, qrn_int64 dom) {
+  DomainRows d;
+  qrn_int64 dn = 0;
+  need(QRN_getdomaintype(task, dom, &d.type), "domain type");
+  need(QRN_getdomainn(task, dom, &dn), "domain size");
+  if (d.type == QRN_DOMAIN_PRIMAL_POWER_CONE || d.type == QRN_DOMAIN_DUAL_POWER_CONE) {
+    need(QRN_getpowerdomaininfo(task, dom, &dn, &d.nleft), "power domain");
+    d.alpha.resize(d.nleft);
+    need(QRN_getpowerdomainalpha(task, dom, d.alpha.data()), "power weights");
+  }
+  d.f.resize(dn);
+  d.g.resize(dn);
+  return d;
+}
+
+// F x + barF(barX) + g - b in D as rows of the engine's form (-F, g - b);
+// role is Acc (first names the first stacked row) or Djc.
+void add_domain(Rows &rows, const DomainRows &d, RowRole role, qrn_int64 first) {
+  const qrn_int32 type = d.type;
+  const qrn_int64 dn = static_cast<qrn_int64>(d.f.size());
+  // Cones that are orthants in disguise go with the inequalities.
+  const bool orthant = type == QRN_DOMAIN_RPLUS || (type == QRN_DOMAIN_QUADRATIC_CONE && dn == 1) ||
+                       (type == QRN_DOMAIN_RQUADRATIC_CONE && dn == 2) ||
+                       (type == QRN_DOMAIN_SVEC_PSD_CONE && dn == 1) ||
+                       ((type == QRN_DOMAIN_PRIMAL_POWER_CONE || type == QRN_DOMAIN_DUAL_POWER_CONE) && d.nleft == dn);
+  const RowRole neg = role == RowRole::Acc ? RowRole::AccNeg : role;
+  Block blk;
+  blk.cone.kind = kind_of(type);
+  blk.cone.dim = static_cast<int>(dn);
+  blk.cone.alpha = d.alpha;
+  for (qrn_int64 i = 0; i < dn; ++i) {
+    const qrn_int64 r = first + i;
+    if (type == QRN_DOMAIN_R) continue;
+    if (type == QRN_DOMAIN_RMINUS) rows.nonneg.push_back({d.f[i], -d.g[i], {neg, r}});
+    else if (type == QRN_DOMAIN_RZERO) rows.zero.push_back({scaled(d.f[i], -1.0), d.g[i], {role, r}});
+    else if (orthant) rows.nonneg.push_back({scaled(d.f[i], -1.0), d.g[i], {role, r}});
+    else blk.rows.push_back({scaled(d.f[i], -1.0), d.g[i], {role, r}});
+  }
+  if (!blk.rows.empty()) rows.blocks.push_back(std::move(blk));
+}
+
+}  // namespace
+
+ConicSource conic_source(qrn_task_t task, const Problem &p, double convexity_tol, bool djc_allowed) {
+  ConicSource src;
+  ConicForm &f = src.base;
   f.n = p.n;
   f.m = p.m;
   f.sign = p.maximize ? -1.0 : 1.0;
@@ -118,7 +155,7 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
 
   qrn_int64 numdjc = 0;
   need(QRN_getnumdjc(task, &numdjc), "disjunctive constraints");
-  if (numdjc > 0)
+  if (numdjc > 0 && !djc_allowed)
     fail(QRN_RES_ERR_OPT_DJC, "The problem has disjunctive constraints; the conic optimizer does not take them.");
 
   // ---- columns: scalar variables, then the svec entries of the semidefinite variables
@@ -132,10 +169,7 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     f.barstart.push_back(f.nfull);
     f.nfull += d * (d + 1) / 2;
   }
-  auto svec_col = [&](qrn_int32 j, qrn_int32 k, qrn_int32 l) {  // k >= l
-    const int d = f.bardim[j];
-    return f.barstart[j] + l * d - l * (l - 1) / 2 + (k - l);
-  };
+  auto svec_col = [&](qrn_int32 j, qrn_int32 k, qrn_int32 l) { return opt::svec_col(f, j, k, l); };
 
   // ---- objective (minimization form)
   f.cfull.assign(f.nfull, 0.0);
@@ -183,7 +217,7 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     }
   }
 
-  Rows rows;
+  Rows &rows = src.con;
   for (qrn_int32 i = 0; i < p.m; ++i) {
     SparseRow &a = arow[i];
     tidy(a);
@@ -226,28 +260,7 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     }
   }
 
-  // ---- variable bounds; fixed variables are removed by presolve
-  f.col.assign(f.nfull, 0);
-  f.fixval.assign(f.nfull, 0.0);
-  for (qrn_int32 j = 0; j < p.n; ++j) {
-    switch (p.bkx[j]) {
-      case QRN_BK_FIXED:
-        if (presolve) {
-          f.col[j] = -1;
-          f.fixval[j] = p.blx[j];
-        } else {
-          rows.zero.push_back({{{j, -1.0}}, -p.blx[j], {RowRole::VarFixed, j}});
-        }
-        break;
-      case QRN_BK_LOWER: rows.nonneg.push_back({{{j, -1.0}}, -p.blx[j], {RowRole::VarLower, j}}); break;
-      case QRN_BK_UPPER: rows.nonneg.push_back({{{j, 1.0}}, p.bux[j], {RowRole::VarUpper, j}}); break;
-      case QRN_BK_RANGED:
-        rows.nonneg.push_back({{{j, -1.0}}, -p.blx[j], {RowRole::VarLower, j}});
-        rows.nonneg.push_back({{{j, 1.0}}, p.bux[j], {RowRole::VarUpper, j}});
-        break;
-      default: break;
-    }
-  }
+  Rows &rest = src.rest;
 
   // ---- scalar-variable cones
   for (qrn_int32 k = 0; k < p.numcone; ++k) {
@@ -260,7 +273,7 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     blk.cone.kind = type == QRN_CONE_RQUAD ? ipm::ConeKind::RotatedQuadratic : ipm::ConeKind::Quadratic;
     blk.cone.dim = num;
     for (qrn_int32 j : mem) blk.rows.push_back({{{j, -1.0}}, 0.0, {RowRole::ConeMember, j}});
-    rows.blocks.push_back(std::move(blk));
+    rest.blocks.push_back(std::move(blk));
   }
 
   // ---- affine conic constraints: F x + barF(barX) + g - b in D, as -F, b = g - b
@@ -293,34 +306,14 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     }
     qrn_int64 r = 0;
     for (qrn_int64 k = 0; k < numacc; ++k) {
-      qrn_int32 type = 0;
-      qrn_int64 dn = 0;
-      need(QRN_getdomaintype(task, dom[k], &type), "domain type");
-      need(QRN_getdomainn(task, dom[k], &dn), "domain size");
-      std::vector<double> alpha;
-      qrn_int64 nleft = 0;
-      if (type == QRN_DOMAIN_PRIMAL_POWER_CONE || type == QRN_DOMAIN_DUAL_POWER_CONE) {
-        need(QRN_getpowerdomaininfo(task, dom[k], &dn, &nleft), "power domain");
-        alpha.resize(nleft);
-        need(QRN_getpowerdomainalpha(task, dom[k], alpha.data()), "power weights");
-      }
-      // Cones that are orthants in disguise go with the inequalities.
-      bool orthant = type == QRN_DOMAIN_RPLUS || (type == QRN_DOMAIN_QUADRATIC_CONE && dn == 1) ||
-                     (type == QRN_DOMAIN_RQUADRATIC_CONE && dn == 2) || (type == QRN_DOMAIN_SVEC_PSD_CONE && dn == 1) ||
-                     ((type == QRN_DOMAIN_PRIMAL_POWER_CONE || type == QRN_DOMAIN_DUAL_POWER_CONE) && nleft == dn);
-      Block blk;
-      blk.cone.kind = kind_of(type);
-      blk.cone.dim = static_cast<int>(dn);
-      blk.cone.alpha = alpha;
-      for (qrn_int64 i = 0; i < dn; ++i, ++r) {
+      DomainRows d = read_domain(task, dom[k]);
+      const qrn_int64 first = r;
+      for (size_t i = 0; i < d.f.size(); ++i, ++r) {
         tidy(frow[r]);
-        if (type == QRN_DOMAIN_R) continue;
-        if (type == QRN_DOMAIN_RMINUS) rows.nonneg.push_back({frow[r], -g[r], {RowRole::AccNeg, r}});
-        else if (type == QRN_DOMAIN_RZERO) rows.zero.push_back({scaled(frow[r], -1.0), g[r], {RowRole::Acc, r}});
-        else if (orthant) rows.nonneg.push_back({scaled(frow[r], -1.0), g[r], {RowRole::Acc, r}});
-        else blk.rows.push_back({scaled(frow[r], -1.0), g[r], {RowRole::Acc, r}});
+        d.f[i] = std::move(frow[r]);
+        d.g[i] = g[r];
       }
-      if (!blk.rows.empty()) rows.blocks.push_back(std::move(blk));
+      add_domain(rest, d, RowRole::Acc, first);
     }
   }
 
@@ -332,8 +325,42 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     blk.cone.dim = len;
     for (int k = 0; k < len; ++k)
       blk.rows.push_back({{{f.barstart[j] + k, -1.0}}, 0.0, {RowRole::Bar, f.barstart[j] + k}});
-    rows.blocks.push_back(std::move(blk));
+    rest.blocks.push_back(std::move(blk));
   }
+  return src;
+}
+
+ConicForm conic_assemble(const ConicSource &src, const std::vector<qrn_int32> &bkx, const std::vector<double> &blx,
+                         const std::vector<double> &bux, const std::vector<const DomainRows *> &extra,
+                         bool presolve) {
+  ConicForm f = src.base;
+  const qrn_int32 n = f.n;
+  // ---- variable bounds; fixed variables are removed by presolve
+  Rows bnd;
+  f.col.assign(f.nfull, 0);
+  f.fixval.assign(f.nfull, 0.0);
+  for (qrn_int32 j = 0; j < n; ++j) {
+    switch (bkx[j]) {
+      case QRN_BK_FIXED:
+        if (presolve) {
+          f.col[j] = -1;
+          f.fixval[j] = blx[j];
+        } else {
+          bnd.zero.push_back({{{j, -1.0}}, -blx[j], {RowRole::VarFixed, j}});
+        }
+        break;
+      case QRN_BK_LOWER: bnd.nonneg.push_back({{{j, -1.0}}, -blx[j], {RowRole::VarLower, j}}); break;
+      case QRN_BK_UPPER: bnd.nonneg.push_back({{{j, 1.0}}, bux[j], {RowRole::VarUpper, j}}); break;
+      case QRN_BK_RANGED:
+        bnd.nonneg.push_back({{{j, -1.0}}, -blx[j], {RowRole::VarLower, j}});
+        bnd.nonneg.push_back({{{j, 1.0}}, bux[j], {RowRole::VarUpper, j}});
+        break;
+      default: break;
+    }
+  }
+
+  Rows more;
+  for (const DomainRows *d : extra) add_domain(more, *d, RowRole::Djc, 0);
 
   // ---- presolve: removed columns move into b and the objective
   int ncol = 0;
@@ -363,7 +390,7 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
 
   // Assembly, in the order zero rows, nonnegative rows, other cones.
   std::vector<std::tuple<int, int, double>> atrip;  // (engine row, engine col, value)
-  auto emit = [&](Row &row) {
+  auto emit = [&](const Row &row) {
     const int r = static_cast<int>(f.rows.size());
     double b = row.b;
     for (auto &en : row.e) {
@@ -388,21 +415,27 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
     const double tol = 1e-9 * (1.0 + std::fabs(row.b));
     return eq ? std::fabs(b) <= tol : b >= -tol;
   };
+  // The rows in the order constraints, variable bounds, cones, ACCs and
+  // semidefinite variables, added memberships.
+  const Rows *parts[] = {&src.con, &bnd, &src.rest, &more};
   int nz = 0, nn = 0;
-  for (Row &row : rows.zero) {
-    if (presolve && empty_and_holds(row, true)) { ++f.removed_rows; continue; }
-    emit(row), ++nz;
-  }
+  for (const Rows *rows : parts)
+    for (const Row &row : rows->zero) {
+      if (presolve && empty_and_holds(row, true)) { ++f.removed_rows; continue; }
+      emit(row), ++nz;
+    }
   if (nz > 0) e.cones.push_back({ipm::ConeKind::Zero, nz, {}});
-  for (Row &row : rows.nonneg) {
-    if (presolve && empty_and_holds(row, false)) { ++f.removed_rows; continue; }
-    emit(row), ++nn;
-  }
+  for (const Rows *rows : parts)
+    for (const Row &row : rows->nonneg) {
+      if (presolve && empty_and_holds(row, false)) { ++f.removed_rows; continue; }
+      emit(row), ++nn;
+    }
   if (nn > 0) e.cones.push_back({ipm::ConeKind::Nonnegative, nn, {}});
-  for (Block &blk : rows.blocks) {
-    for (Row &row : blk.rows) emit(row);
-    e.cones.push_back(blk.cone);
-  }
+  for (const Rows *rows : parts)
+    for (const Block &blk : rows->blocks) {
+      for (const Row &row : blk.rows) emit(row);
+      e.cones.push_back(blk.cone);
+    }
   const int m = static_cast<int>(f.rows.size());
   auto csc = [](int nr, int nc, std::vector<std::tuple<int, int, double>> &trip) {
     ipm::Csc a(nr, nc);
@@ -424,6 +457,61 @@ ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double co
   e.A = csc(m, ncol, atrip);
   if (!ptrip.empty()) e.P = csc(ncol, ncol, ptrip);
   return f;
+}
+
+ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double convexity_tol) {
+  return conic_assemble(conic_source(task, p, convexity_tol, false), p.bkx, p.blx, p.bux, {}, presolve);
+}
+
+std::vector<std::vector<std::vector<DomainRows>>> read_djcs(qrn_task_t task, const ConicForm &f) {
+  qrn_int64 numdjc = 0, ndom = 0, nafe = 0, nterm = 0, numafe = 0, fnz = 0, bnt = 0;
+  need(QRN_getnumdjc(task, &numdjc), "disjunctive constraints");
+  std::vector<std::vector<std::vector<DomainRows>>> out(numdjc);
+  if (numdjc == 0) return out;
+  need(QRN_getdjcnumdomaintot(task, &ndom), "DJC domains");
+  need(QRN_getdjcnumafetot(task, &nafe), "DJC expressions");
+  need(QRN_getdjcnumtermtot(task, &nterm), "DJC terms");
+  std::vector<qrn_int64> dom(ndom), afe(nafe), termsize(nterm), numterms(numdjc);
+  std::vector<double> b(nafe);
+  need(QRN_getdjcs(task, dom.data(), afe.data(), b.data(), termsize.data(), numterms.data()), "DJC list");
+  // The expressions: F rows over full columns (barF included) and g.
+  need(QRN_getnumafe(task, &numafe), "expressions");
+  std::vector<SparseRow> frow(numafe);
+  std::vector<double> g(numafe);
+  if (numafe > 0) need(QRN_getafegslice(task, 0, numafe, g.data()), "expression constants");
+  need(QRN_getafefnumnz(task, &fnz), "expression F size");
+  std::vector<qrn_int64> fr(fnz);
+  std::vector<qrn_int32> fc(fnz);
+  std::vector<double> fv(fnz);
+  need(QRN_getafeftrip(task, fr.data(), fc.data(), fv.data()), "expression F");
+  for (qrn_int64 k = 0; k < fnz; ++k) frow[fr[k]].emplace_back(fc[k], fv[k]);
+  need(QRN_getafebarfnumblocktriplets(task, &bnt), "expression barF size");
+  if (bnt > 0) {
+    std::vector<qrn_int64> br(bnt);
+    std::vector<qrn_int32> bj(bnt), bk(bnt), bl(bnt);
+    std::vector<double> bv(bnt);
+    need(QRN_getafebarfblocktriplet(task, bnt, &bnt, br.data(), bj.data(), bk.data(), bl.data(), bv.data()),
+         "expression barF");
+    for (qrn_int64 k = 0; k < bnt; ++k)
+      frow[br[k]].emplace_back(svec_col(f, bj[k], bk[k], bl[k]), bv[k] * (bk[k] == bl[k] ? 1.0 : kSqrt2));
+  }
+  qrn_int64 di = 0, ai = 0, ti = 0;
+  for (qrn_int64 k = 0; k < numdjc; ++k) {
+    out[k].resize(numterms[k]);
+    for (auto &term : out[k]) {
+      for (qrn_int64 m = 0; m < termsize[ti]; ++m, ++di) {
+        DomainRows d = read_domain(task, dom[di]);
+        for (size_t i = 0; i < d.f.size(); ++i, ++ai) {
+          d.f[i] = frow[afe[ai]];
+          tidy(d.f[i]);
+          d.g[i] = g[afe[ai]] - b[ai];
+        }
+        term.push_back(std::move(d));
+      }
+      ++ti;
+    }
+  }
+  return out;
 }
 
 }  // namespace qrn::opt

@@ -88,7 +88,11 @@ ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run) {
     case ipm::Status::Unknown: run.ending = Ending::numerical; break;
     default: break;
   }
+  out.sol = conic_result(p, f, r);
+  return out;
+}
 
+Solution conic_result(const Problem &p, const ConicForm &f, const ipm::Result &r) {
   // ---- back to the task's vectors (engine values are of the minimization form)
   const bool farkas = r.status == ipm::Status::PrimalInfeasible;
   const bool ray = r.status == ipm::Status::DualInfeasible;
@@ -116,6 +120,7 @@ ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run) {
         case RowRole::Acc: doty[k] = y; break;
         case RowRole::AccNeg: doty[k] = -y; break;
         case RowRole::Bar: barsv[k] = y; break;
+        case RowRole::Djc: break;
       }
     }
     // Removed (fixed) columns: the multiplier of x_j = v is what stationarity
@@ -135,7 +140,7 @@ ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run) {
       }
   }
 
-  Solution &sol = out.sol;
+  Solution sol;
   sol.defined = true;
   sol.xx.assign(x.begin(), x.begin() + p.n);
   // xc = A x + 1/2 x'Q_i x + barA(barX)
@@ -210,7 +215,7 @@ ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run) {
   for (qrn_int32 j = 0; j < p.n; ++j)
     sol.skx[j] = farkas ? (sol.slx[j] != 0 ? QRN_SK_AT_LOWER : sol.sux[j] != 0 ? QRN_SK_AT_UPPER : QRN_SK_UNKNOWN)
                         : key_by_value(sol.xx[j], p.blx[j], p.bux[j], QRN_SK_BASIS);
-  return out;
+  return sol;
 }
 
 }  // namespace qrn::opt

@@ -29,6 +29,7 @@ enum class RowRole : unsigned char {
   Acc,        // stacked ACC row item
   AccNeg,     // stacked ACC row item of an RMINUS domain, negated
   Bar,        // svec entry of a semidefinite variable: item is its full column
+  Djc,        // a row of a disjunctive term added by the mixed-integer search (no dual kept)
 };
 
 struct RowRef {
@@ -68,6 +69,54 @@ struct ConicForm {
 // presolve: remove fixed variables and empty orthant rows that hold.
 ConicForm conic_form(qrn_task_t task, const Problem &p, bool presolve, double convexity_tol);
 
+// ---- the same in two steps, for problems solved many times with other
+// variable bounds and added domain memberships (lib/src/mipconic)
+
+// One row before assembly: b - e'x lies in its cone (e over full columns).
+struct ConicRow {
+  SparseRow e;
+  double b;
+  RowRef ref;
+};
+struct ConicBlock {
+  ipm::Cone cone;
+  std::vector<ConicRow> rows;
+};
+// Equations, inequalities, then every other cone in the order met.
+struct ConicRows {
+  std::vector<ConicRow> zero, nonneg;
+  std::vector<ConicBlock> blocks;
+};
+
+// The task's problem without its variable bounds.
+struct ConicSource {
+  ConicForm base;   // columns, objective and the data the result needs; no rows yet
+  ConicRows con;    // linear rows and quadratic constraints
+  ConicRows rest;   // scalar-variable cones, ACCs, semidefinite variables
+};
+// As conic_form; disjunctive constraints are refused unless djc_allowed
+// (they are not part of the source: see read_djcs).
+ConicSource conic_source(qrn_task_t task, const Problem &p, double convexity_tol, bool djc_allowed);
+
+// A domain membership F x + barF(barX) + g - b in D, rows over full columns.
+struct DomainRows {
+  qrn_int32 type = QRN_DOMAIN_R;
+  qrn_int64 nleft = 0;          // power cones: the number of leading entries
+  std::vector<double> alpha;    // power cones: their weights
+  std::vector<SparseRow> f;     // per entry
+  std::vector<double> g;        // per entry: g - b
+};
+// The engine's form with the given variable bounds (as in Problem) and the
+// memberships in extra added (as ACC rows; role Djc).
+ConicForm conic_assemble(const ConicSource &src, const std::vector<qrn_int32> &bkx, const std::vector<double> &blx,
+                         const std::vector<double> &bux, const std::vector<const DomainRows *> &extra,
+                         bool presolve);
+// The task's disjunctive constraints: per DJC its terms, each term the list
+// of its domain memberships (f the form whose columns they refer to).
+std::vector<std::vector<std::vector<DomainRows>>> read_djcs(qrn_task_t task, const ConicForm &f);
+// Full column of entry (k, l), k >= l, of semidefinite variable j.
+int svec_col(const ConicForm &f, qrn_int32 j, qrn_int32 k, qrn_int32 l);
+
 // The engine's result in the task's vectors (sizes of the task; doty,
 // barx, bars included) with statuses from the engine's status.
 struct ConicOutcome {
@@ -75,6 +124,8 @@ struct ConicOutcome {
   ipm::Result res;
 };
 ConicOutcome conic_solve(const Problem &p, const ConicForm &f, Run &run);
+// The vectors and statuses alone (no information items, no run).
+Solution conic_result(const Problem &p, const ConicForm &f, const ipm::Result &r);
 
 // The engine's settings from the task's parameters and the run's limits.
 ipm::Settings conic_settings(const Task &t, const Run &run);

@@ -5,6 +5,7 @@
 #include "certs.hpp"
 #include "clp.hpp"
 #include "conicopt.hpp"
+#include "mipconic.hpp"
 #include "remote.hpp"
 #include "run.hpp"
 
@@ -350,14 +351,14 @@ void solution_info(Task &t, const Problem &p, qrn_int32 which, const Solution &s
   }
 }
 
-void log_header(Run &run, const Problem &p, const char *optimizer, bool presolve) {
+void log_header(Run &run, const Problem &p, const char *optimizer, bool presolve, qrn_int64 numdjc) {
   run.log("Optimizer started.");
   run.log("Problem");
   if (!p.name.empty()) run.log("  Name                : " + p.name);
   run.log(std::string("  Objective sense     : ") + (p.maximize ? "maximize" : "minimize"));
   const bool conic = p.numcone > 0 || p.numconic > 0 || p.numqcnz > 0;
   run.log(std::string("  Type                : ") +
-          (p.numint > 0 ? "mixed-integer linear"
+          (p.numint > 0 || numdjc > 0 ? (conic || p.quadratic() ? "mixed-integer conic" : "mixed-integer linear")
            : conic      ? (p.numqcnz > 0 ? "quadratically constrained / conic" : "conic")
            : p.quadratic() ? "quadratic"
                            : "linear"));
@@ -494,6 +495,24 @@ void run_conic(const Problem &p, const ConicForm &f, Run &run, bool basic, bool 
   }
 }
 
+// Branch and bound over the conic optimizer (lib/src/mipconic): integer
+// variables with conic data or a quadratic objective, and disjunctive constraints.
+void run_mip_conic(const Problem &p, const ConicSource &src, const Disjunctions &djcs, Run &run, bool presolve,
+                   Outcome &out) {
+  if (run.callback(QRN_CALLBACK_BEGIN_MIP)) return;
+  MipConicResult r = solve_mip_conic(p, src, djcs, run, presolve);
+  Solution &s = r.sol;
+  if (s.defined && s.solsta != QRN_SOL_STA_UNKNOWN) {
+    const double tol = check_tol(run);
+    if (con_violation(p, s.xc.data()) > tol || bound_violation(p, s.xx.data()) > tol) {
+      s.prosta = QRN_PRO_STA_UNKNOWN;
+      s.solsta = QRN_SOL_STA_UNKNOWN;
+    }
+  }
+  if (s.defined) out.sol[QRN_SOL_ITG] = std::move(s);
+  run.callback(QRN_CALLBACK_END_MIP);
+}
+
 void run_mip(const Problem &p, Run &run, Outcome &out) {
   if (run.callback(QRN_CALLBACK_BEGIN_MIP)) return;
   MipResult r = solve_mip(p, run);
@@ -547,19 +566,26 @@ qrn_rescode optimize(Task &t) {
   const Problem p = snapshot(static_cast<qrn_task_s *>(&t));
   // Refusals first: they leave the task as it was.
   const qrn_int32 alg = t.par.integer[QRN_IPAR_ALGORITHM];
-  const bool mip = p.numint > 0 || alg == QRN_ALGORITHM_MIXED_INT;
+  qrn_int64 numdjc = 0;
+  QRN_getnumdjc(static_cast<qrn_task_s *>(&t), &numdjc);
   const bool conic = p.numqcnz > 0 || p.numcone > 0 || p.numconic > 0;
-  if (conic && mip)
-    fail(QRN_RES_ERR_OPT_INT_CONIC, "Integer variables (or the mixed-integer optimizer) together with cones, "
-                                    "affine conic constraints, semidefinite variables or quadratic constraints "
-                                    "are not supported.");
-  if (conic && alg != QRN_ALGORITHM_AUTO && alg != QRN_ALGORITHM_IPM)
+  // Disjunctive constraints are solved by the mixed-integer search.
+  const bool mip = p.numint > 0 || alg == QRN_ALGORITHM_MIXED_INT || numdjc > 0;
+  // Mixed-integer problems with conic data or a quadratic objective (and
+  // every problem with disjunctive constraints) go to the branch and bound
+  // over the conic optimizer; mixed-integer linear ones to Cbc.
+  const bool mipconic = mip && (conic || p.quadratic());
+  if (numdjc > 0 && alg == QRN_ALGORITHM_IPM)
+    fail(QRN_RES_ERR_OPT_DJC, "Disjunctive constraints need the mixed-integer optimizer (QRN_IPAR_ALGORITHM AUTO "
+                              "or MIXED_INT); the interior-point method alone does not take them.");
+  if (conic && alg != QRN_ALGORITHM_AUTO && alg != QRN_ALGORITHM_IPM && !(mipconic && alg == QRN_ALGORITHM_MIXED_INT))
     fail(QRN_RES_ERR_OPT_COMBINATION, "A conic or quadratically constrained problem needs the interior-point "
-                                      "method (IPM or AUTO).");
-  if (mip && p.quadratic())
-    fail(QRN_RES_ERR_OPT_MIQP, "Integer variables with a quadratic objective are not supported.");
+                                      "method (IPM or AUTO; MIXED_INT with integer variables).");
   if (mip && alg == QRN_ALGORITHM_IPM)
     fail(QRN_RES_ERR_OPT_COMBINATION, "The interior-point method cannot solve a problem with integer variables.");
+  if (mip && p.quadratic() && alg != QRN_ALGORITHM_AUTO && alg != QRN_ALGORITHM_MIXED_INT)
+    fail(QRN_RES_ERR_OPT_COMBINATION, "A mixed-integer quadratic problem needs the mixed-integer optimizer (AUTO or "
+                                      "MIXED_INT).");
   if (!mip && p.quadratic() && alg != QRN_ALGORITHM_AUTO && alg != QRN_ALGORITHM_IPM)
     fail(QRN_RES_ERR_OPT_COMBINATION, "A quadratic objective needs the interior-point method (IPM or AUTO).");
 
@@ -573,6 +599,12 @@ qrn_rescode optimize(Task &t) {
   // constraints, a quadratic constraint that is not convex) leave the task as it was.
   ConicForm form;
   if (engine) form = conic_form(static_cast<qrn_task_s *>(&t), p, presolve, t.par.dou[QRN_DPAR_CONVEXITY_TOL]);
+  ConicSource source;
+  Disjunctions djcs;
+  if (mipconic) {
+    source = conic_source(static_cast<qrn_task_s *>(&t), p, t.par.dou[QRN_DPAR_CONVEXITY_TOL], true);
+    djcs = read_djcs(static_cast<qrn_task_s *>(&t), source.base);
+  }
 
   const Info saved = t.info;
   try {
@@ -616,8 +648,9 @@ qrn_rescode optimize(Task &t) {
     const bool crossover = t.par.integer[QRN_IPAR_CROSSOVER] == QRN_ON;
     const bool ipm = !mip && (p.quadratic() || alg == QRN_ALGORITHM_IPM);
     const bool primal = alg == QRN_ALGORITHM_PRIMAL_SIMPLEX;
-    const char *name = engine ? "conic interior point"
-                       : mip    ? "mixed-integer (branch and cut)"
+    const char *name = engine     ? "conic interior point"
+                       : mipconic ? "mixed-integer conic (branch and bound over the conic interior point)"
+                       : mip      ? "mixed-integer (branch and cut)"
                        : ipm  ? (p.quadratic() || !crossover ? "interior point" : "interior point with crossover")
                        : primal ? "primal simplex"
                                 : "dual simplex";
@@ -625,11 +658,12 @@ qrn_rescode optimize(Task &t) {
                                        : ipm ? QRN_ALGORITHM_IPM
                                        : primal ? QRN_ALGORITHM_PRIMAL_SIMPLEX
                                                 : QRN_ALGORITHM_DUAL_SIMPLEX;
-    log_header(run, p, name, presolve && (!ipm || engine));
+    log_header(run, p, name, presolve && (!ipm || engine), numdjc);
 
     Outcome out;
     if (!run.callback(QRN_CALLBACK_BEGIN)) {
       if (engine) run_conic(p, form, run, !conic && !p.quadratic() && crossover, presolve, out);
+      else if (mipconic) run_mip_conic(p, source, djcs, run, presolve, out);
       else if (mip) run_mip(p, run, out);
       else if (ipm) run_barrier(p, run, crossover && !p.quadratic(), out);
       else run_simplex(p, run, primal, presolve, out);
@@ -641,8 +675,13 @@ qrn_rescode optimize(Task &t) {
     for (qrn_int32 k = 0; k < QRN_SOL_COUNT; ++k) {
       if (!t.sol[k].defined) continue;
       // The conic optimizer's solutions are measured with every conic term.
-      if (engine) QRN_updatesolutioninfo(static_cast<qrn_task_s *>(&t), k);
+      if (engine || mipconic) QRN_updatesolutioninfo(static_cast<qrn_task_s *>(&t), k);
       else solution_info(t, p, k, t.sol[k]);
+    }
+    if (mipconic && t.sol[QRN_SOL_ITG].defined) {
+      dinf(t, QRN_DINF_MIP_MAX_INT_VIOL) = dinf(t, QRN_DINF_INTEGER_INT_VIOL);
+      dinf(t, QRN_DINF_MIP_MAX_CON_VIOL) = dinf(t, QRN_DINF_INTEGER_PRIMAL_CON_VIOL);
+      dinf(t, QRN_DINF_MIP_MAX_BOUND_VIOL) = dinf(t, QRN_DINF_INTEGER_PRIMAL_BOUND_VIOL);
     }
     dinf(t, QRN_DINF_TIME_TOTAL) = run.elapsed();
     iinf(t, QRN_IINF_TERMINATION_CODE) = trm;
