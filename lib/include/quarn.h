@@ -2202,13 +2202,14 @@ QRN_API qrn_rescode QRN_CALL QRN_getsolutioninfonew(qrn_task_t task, qrn_int32 w
        the simplex choices are refused (QRN_RES_ERR_OPT_COMBINATION);
      - integer variables, or QRN_ALGORITHM_MIXED_INT: the mixed-integer
        optimizer (branch and cut; relaxations by simplex), integer solution
-       (QRN_SOL_ITG); with IPM it is refused (QRN_RES_ERR_OPT_COMBINATION).
+       (QRN_SOL_ITG); with IPM it is refused (QRN_RES_ERR_OPT_COMBINATION);
+       with conic data, quadratic constraints or a quadratic objective, and
+       for disjunctive constraints, the mixed-integer conic optimizer below.
      - conic, semidefinite and quadratically constrained problems: the conic
        interior-point optimizer below (which also takes linear and quadratic
        problems when IPM is chosen, and quadratic ones under AUTO).
-   Refused before anything runs, leaving the task as it was: integer
-   variables with a quadratic objective (QRN_RES_ERR_OPT_MIQP) and the
-   refusals of the conic optimizer below.
+   Refused before anything runs, leaving the task as it was: the refusals of
+   the conic optimizer below.
    Dual values follow one identity for both senses:
        c + Q xx - A' y - slx + sux = 0,   y = slc - suc,
    with slc, suc, slx, sux >= 0 when minimizing and <= 0 when maximizing; the
@@ -2258,13 +2259,11 @@ QRN_API qrn_rescode QRN_CALL QRN_optimizetrm(qrn_task_t task, qrn_int32 *trmcode
    0) with c'xx + <barC, barx> < 0 (> 0 when maximizing); otherwise both
    statuses unknown, the termination code saying why (QRN_RES_TRM_MAX_ITERATIONS,
    _MAX_TIME, _USER_CALLBACK, _NUMERICAL_PROBLEM).
-   Refused before anything changes: disjunctive constraints
-   (QRN_RES_ERR_OPT_DJC), a quadratic constraint that is not convex (a
-   non-zero Q_i with two finite bounds, Q_i not PSD under an upper bound or
-   not NSD under a lower one: QRN_RES_ERR_OPT_QCON_NONCONVEX), integer
-   variables together with conic data or quadratic constraints
-   (QRN_RES_ERR_OPT_INT_CONIC), and a simplex choice of QRN_IPAR_ALGORITHM
-   (QRN_RES_ERR_OPT_COMBINATION).
+   Refused before anything changes: disjunctive constraints under
+   QRN_ALGORITHM_IPM (QRN_RES_ERR_OPT_DJC), a quadratic constraint that is
+   not convex (a non-zero Q_i with two finite bounds, Q_i not PSD under an
+   upper bound or not NSD under a lower one: QRN_RES_ERR_OPT_QCON_NONCONVEX),
+   and a simplex choice of QRN_IPAR_ALGORITHM (QRN_RES_ERR_OPT_COMBINATION).
    Parameters: QRN_DPAR_PRIMAL_FEAS_TOL and DUAL_FEAS_TOL (relative
    residuals), OPT_TOL (relative and absolute gap), INFEAS_TOL
    (certificates), IPM_STEP_FRACTION, IPM_MAX_ITER, TIME_LIMIT, SCALING
@@ -2274,6 +2273,32 @@ QRN_API qrn_rescode QRN_CALL QRN_optimizetrm(qrn_task_t task, qrn_int32 *trmcode
    CALLBACK_INTERVAL. The callback receives QRN_CALLBACK_BEGIN_BARRIER,
    QRN_CALLBACK_BARRIER_ITERATION with the QRN_DINF_IPM_* items live, and
    QRN_CALLBACK_END_BARRIER. */
+
+/* ---- The mixed-integer conic optimizer -------------------------------------
+   Integer variables together with conic data (cones, ACCs, semidefinite
+   variables), quadratic constraints or a convex quadratic objective, and
+   every problem with disjunctive constraints (QRN_IPAR_ALGORITHM AUTO or
+   MIXED_INT), are solved by a branch and bound whose node relaxations the
+   conic interior-point optimizer solves (docs/mip-conic.md). A DJC is met
+   by branching on its terms (one child per term, which adds the term's
+   domains); terms may use any domain. Semidefinite variables are
+   continuous. It fills the integer solution (QRN_SOL_ITG) only: xx, xc,
+   barx; the dual vectors (doty and bars included) are 0. Statuses:
+   (PRIM_FEAS, INTEGER_OPTIMAL) when the search ended within the gaps;
+   (PRIM_FEAS, PRIM_FEAS) when a limit, the callback or numerical trouble
+   ended it with a solution; (PRIM_INFEAS, UNKNOWN) when no integer point is
+   feasible; (PRIM_INFEAS_OR_UNBOUNDED, UNKNOWN) when a relaxation that no
+   disjunction can bound is unbounded. Stopped without a solution, the
+   integer solution stays undefined. Parameters: QRN_DPAR_MIP_REL_GAP and
+   MIP_ABS_GAP, MIP_INT_TOL, MIP_TIME_LIMIT (and TIME_LIMIT), MIP_OBJ_CUTOFF,
+   QRN_IPAR_MIP_NODE_LIMIT, MIP_SOLUTION_LIMIT, MIP_BRANCH_DIR,
+   MIP_NODE_SELECTION, PRESOLVE, and the conic optimizer's tolerances for the
+   relaxations. The callback receives QRN_CALLBACK_BEGIN_MIP,
+   QRN_CALLBACK_MIP_NODE (at most every CALLBACK_INTERVAL),
+   QRN_CALLBACK_NEW_INT_SOLUTION for every better integer solution (with
+   QRN_DINF_MIP_OBJ, MIP_OBJ_BOUND, MIP_REL_GAP, MIP_ABS_GAP, TIME_MIP,
+   QRN_LIINF_MIP_NODES and QRN_IINF_MIP_SOLUTIONS live) and
+   QRN_CALLBACK_END_MIP. */
 
 /* Rewrites a quadratic objective and quadratic constraints into affine
    conic constraints over rotated quadratic cones; the rewritten task has the
