@@ -320,52 +320,116 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
 // store, in order, the same each time. Returns false, having changed nothing,
 // unless the entries are many, every column that receives one is empty and the
 // row-wise index is not to be kept; then the entries need no merging. Of
-// entries repeated in a column the last one counts.
+// entries repeated in a column the last one counts. With `row_order` the
+// entries come by increasing row, none twice: the columns then come out
+// sorted, and the row counts are kept as they go.
+//
+// A counting transpose: one pass counts the entries of each column, and the
+// receiving columns get their exact room, side by side at the end of the pool.
+// Many entries in another order than by column then go in two steps, for the
+// cache's sake: first each into the range of its group of columns (at most 64
+// groups, each written in order), then, group by group, each into its column.
 template <class Each>
-bool fill_empty_columns(Task &t, qrn_int64 count, Each each) {
+bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each) {
   Matrix &a = t.a;
   LineStore &s = a.cols;
-  if (count == 0 || count * 4 < t.numvar || (a.rows_ready() && !a.many(count))) return false;
-  Pod<qrn_int32> counts(static_cast<size_t>(t.numvar), 0);
-  qrn_int32 *fill = counts.data();  // plain pointers: the loops below then keep them in registers
-  each([fill](qrn_int32, qrn_int32 j, double) { ++fill[j]; });
-  for (qrn_int32 j = 0; j < t.numvar; ++j)
-    if (fill[j] > 0 && s.len[j] > 0) return false;
-  a.drop_rows();
-  s.reserve_more(count);
-  for (qrn_int32 j = 0; j < t.numvar; ++j)
-    if (fill[j] > 0) s.resize_line(j, fill[j], 0, false), fill[j] = 0;
-  const qrn_int64 *start = s.start.data();
-  qrn_int32 *idx = s.idx.data();
-  double *val = s.val.data();
-  each([=](qrn_int32 i, qrn_int32 j, double v) {
-    const qrn_int64 pos = start[j] + fill[j]++;
-    idx[pos] = i;
-    val[pos] = v;
+  const qrn_int32 n = t.numvar;
+  if (count == 0 || count * 4 < n || (a.rows_ready() && !a.many(count))) return false;
+  Pod<qrn_int64> next(static_cast<size_t>(n) + 1, 0);
+  qrn_int64 *at = next.data();  // plain pointers: the loops below then keep them in registers
+  qrn_int32 last = 0;  // entries that come by column need no grouping
+  bool by_col = true;
+  each([at, &last, &by_col](qrn_int32, qrn_int32 j, double) {
+    ++at[j + 1];
+    by_col &= j >= last;
+    last = j;
   });
-  std::vector<Change> scratch;
-  for (qrn_int32 j = 0; j < t.numvar; ++j) {
-    const qrn_int32 n = s.len[j];
-    if (n == 0) continue;
-    qrn_int32 *ix = s.idx_of(j);
-    double *v = s.val_of(j);
-    bool sorted = true;
-    for (qrn_int32 p = 1; p < n && sorted; ++p) sorted = ix[p - 1] < ix[p];
-    if (!sorted) {  // sort by row, keeping the last of repeated entries
-      scratch.resize(static_cast<size_t>(n));
-      for (qrn_int32 p = 0; p < n; ++p) scratch[p] = Change{j, ix[p], v[p]};
-      std::stable_sort(scratch.begin(), scratch.end(), [](const Change &x, const Change &y) { return x.idx < y.idx; });
-      qrn_int32 w = 0;
-      for (qrn_int32 p = 0; p < n; ++p) {
-        if (p + 1 < n && scratch[p + 1].idx == scratch[p].idx) continue;
-        ix[w] = scratch[p].idx;
-        v[w++] = scratch[p].v;
+  for (qrn_int32 j = 0; j < n; ++j)
+    if (at[j + 1] > 0 && s.len[j] > 0) return false;
+  a.drop_rows();
+  // Room: the receiving columns leave their old room (garbage now) for their
+  // exact room in a new stretch of the pool.
+  const auto base = static_cast<qrn_int64>(s.idx.size());
+  s.reserve_more(count);
+  s.idx.resize_uninit(static_cast<size_t>(base + count));
+  s.val.resize_uninit(static_cast<size_t>(base + count));
+  at[0] = base;
+  for (qrn_int32 j = 0; j < n; ++j) {
+    const qrn_int64 c = at[j + 1];
+    at[j + 1] += at[j];
+    if (c == 0) continue;
+    s.room += c - s.cap[j];
+    s.start[j] = at[j];
+    s.len[j] = s.cap[j] = static_cast<qrn_int32>(c);
+  }
+  s.live += count;
+  qrn_int32 *idx = s.idx.data(), *rowlen = a.rowlen.data();
+  double *val = s.val.data();
+  int shift = 0;
+  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64) ++shift;
+  if (count < (qrn_int64(1) << 17) || shift == 0 || by_col) {
+    each([=](qrn_int32 i, qrn_int32 j, double v) {
+      const qrn_int64 pos = at[j]++;
+      idx[pos] = i;
+      val[pos] = v;
+      if (row_order) ++rowlen[i];
+    });
+  } else {
+    const qrn_int32 groups = ((n - 1) >> shift) + 1;
+    std::vector<qrn_int64> gnext(groups);
+    for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
+    Pod<qrn_int32> colof;  // the column of each entry while it sits in its group's range
+    colof.resize_uninit(static_cast<size_t>(count));
+    qrn_int64 *gn = gnext.data();
+    qrn_int32 *col = colof.data() - base;
+    each([=](qrn_int32 i, qrn_int32 j, double v) {
+      const qrn_int64 pos = gn[j >> shift]++;
+      idx[pos] = i;
+      val[pos] = v;
+      col[pos] = j;
+      if (row_order) ++rowlen[i];
+    });
+    std::vector<qrn_int32> si;
+    std::vector<double> sv;
+    for (qrn_int32 g = 0; g < groups; ++g) {
+      const qrn_int64 lo = at[static_cast<qrn_int64>(g) << shift], hi = gnext[g];
+      si.assign(idx + lo, idx + hi);
+      sv.assign(val + lo, val + hi);
+      const qrn_int32 *cj = col + lo;
+      for (qrn_int64 k = 0; k < hi - lo; ++k) {
+        const qrn_int64 pos = at[cj[k]]++;
+        idx[pos] = si[k];
+        val[pos] = sv[k];
       }
-      s.resize_line(j, w, w, false);
     }
-    for (qrn_int32 p = 0; p < s.len[j]; ++p) ++a.rowlen[ix[p]];
+  }
+  if (!row_order) {
+    std::vector<Change> scratch;
+    for (qrn_int32 j = 0; j < n; ++j) {
+      const qrn_int32 len = s.len[j];
+      if (len == 0 || s.start[j] < base) continue;
+      qrn_int32 *ix = s.idx_of(j);
+      double *v = s.val_of(j);
+      bool sorted = true;
+      for (qrn_int32 p = 1; p < len && sorted; ++p) sorted = ix[p - 1] < ix[p];
+      if (!sorted) {  // sort by row, keeping the last of repeated entries
+        scratch.resize(static_cast<size_t>(len));
+        for (qrn_int32 p = 0; p < len; ++p) scratch[p] = Change{j, ix[p], v[p]};
+        std::stable_sort(scratch.begin(), scratch.end(),
+                         [](const Change &x, const Change &y) { return x.idx < y.idx; });
+        qrn_int32 w = 0;
+        for (qrn_int32 p = 0; p < len; ++p) {
+          if (p + 1 < len && scratch[p + 1].idx == scratch[p].idx) continue;
+          ix[w] = scratch[p].idx;
+          v[w++] = scratch[p].v;
+        }
+        s.resize_line(j, w, w, false);
+      }
+      for (qrn_int32 p = 0; p < s.len[j]; ++p) ++rowlen[ix[p]];
+    }
   }
   a.nnz = s.live;
+  s.tidy();
   return true;
 }
 
@@ -426,7 +490,9 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   qrn_int64 old = 0;
   for (qrn_int64 k = 0; k < num; ++k) old += a.rowlen[line_of(k)];
   const double tol = a.tol;
-  if (old == 0 && fill_empty_columns(t, ck.kept, [=](auto f) {
+  bool increasing = true;  // rows given in order
+  for (qrn_int64 k = 1; k < num && increasing && line_of.sub != nullptr; ++k) increasing = line_of(k - 1) < line_of(k);
+  if (old == 0 && fill_empty_columns(t, ck.kept, increasing, [=](auto f) {
         for (qrn_int64 k = 0; k < num; ++k) {
           const qrn_int32 i = line_of(k);
           for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p)
@@ -523,7 +589,7 @@ void put_entries(Task &t, qrn_int64 num, const qrn_int32 *subi, const qrn_int32 
   qrn_int64 kept = 0;
   for (qrn_int64 k = 0; k < num; ++k) kept += std::fabs(valij[k]) > tol;
   // Into empty columns when there are no removals (a value within tol removes).
-  if (kept == num && fill_empty_columns(t, num, [&](auto f) {
+  if (kept == num && fill_empty_columns(t, num, false, [&](auto f) {
         for (qrn_int64 k = 0; k < num; ++k) f(subi[k], subj[k], valij[k]);
       }))
     return;
