@@ -148,16 +148,18 @@ void *block_realloc(void *p, size_t old_bytes, size_t new_bytes) {
   return q;
 }
 
-void block_free(void *p, size_t bytes) noexcept {
+void block_free(void *p, size_t bytes, bool keep) noexcept {
   if (p == nullptr) return;
 #if QRN_PAGES
   if (bytes >= big) {
-    unmap_or_keep(p, pages(bytes));
+    if (keep) unmap_or_keep(p, pages(bytes));
+    else munmap(p, pages(bytes));
     return;
   }
 #else
   (void)bytes;
 #endif
+  (void)keep;
   std::free(p);
 }
 

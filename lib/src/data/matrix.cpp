@@ -402,7 +402,9 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each) {
         val[pos] = sv[k];
       }
     }
+    colof.release(false);  // scratch: not to stay resident once the task is built
   }
+  next.release(false);
   if (!row_order) {
     std::vector<Change> scratch;
     for (qrn_int32 j = 0; j < n; ++j) {
