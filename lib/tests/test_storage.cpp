@@ -23,14 +23,14 @@ void same(qrn_task_t t, const Dense &ref, int m, int n) {
   CHECK_EQ(nnz, static_cast<qrn_int64>(ref.size()));
   std::vector<qrn_int32> sub(std::max(m, n) + 1);
   std::vector<double> val(std::max(m, n) + 1);
+  std::vector<std::vector<std::pair<int, double>>> bycol(n);
+  for (auto it = ref.begin(); it != ref.end(); ++it) bycol[it->first.second].emplace_back(it->first.first, it->second);
   for (int j = 0; j < n; ++j) {
     qrn_int32 nz = -1;
     CHECK_EQ(QRN_getacol(t, j, &nz, sub.data(), val.data()), QRN_RES_OK);
-    std::vector<std::pair<int, double>> got, want;
+    std::vector<std::pair<int, double>> got;
     for (int p = 0; p < nz; ++p) got.emplace_back(sub[p], val[p]);
-    for (auto it = ref.begin(); it != ref.end(); ++it)
-      if (it->first.second == j) want.emplace_back(it->first.first, it->second);
-    CHECK_EQ(got, want);
+    CHECK_EQ(got, bycol[j]);
   }
   for (int i = 0; i < m; ++i) {
     qrn_int32 nz = -1, count = -1;
@@ -348,4 +348,110 @@ TEST(storage_concurrent_readers_rebuild_the_row_index_once) {
       CHECK_EQ(counts[r], want);
     }
   }
+}
+
+TEST(storage_bulk_rows_and_triplets_into_a_large_matrix) {
+  // Enough entries for the grouped transpose; column 7 holds entries already
+  // (in two rows that are not written) and receives none, so the bulk path
+  // must leave it, and the counts of its rows, alone.
+  const int m = 1500, n = 3000, per = 100;
+  Compressed rows;
+  Dense ref;
+  std::vector<qrn_int32> ti, tj;
+  std::vector<double> tv;
+  for (int i = 0; i < m; ++i) {
+    rows.ptrb.push_back(static_cast<qrn_int64>(rows.sub.size()));
+    for (int k = 0; k < per; ++k) {
+      const int j = (i * 7 + k * 29) % n;
+      if (j == 7) continue;
+      rows.sub.push_back(j);
+      rows.val.push_back(i - k - 0.5);
+    }
+    rows.ptre.push_back(static_cast<qrn_int64>(rows.sub.size()));
+    std::sort(rows.sub.begin() + rows.ptrb[i], rows.sub.end());
+  }
+  const qrn_int32 c7[] = {m, m + 1};
+  const double v7[] = {1.5, -2.5};
+  auto fresh = [&](Fixture &f) { CHECK_EQ(QRN_putacol(f.task, 7, 2, c7, v7), QRN_RES_OK); };
+  ref[{m, 7}] = 1.5;
+  ref[{m + 1, 7}] = -2.5;
+  for (int i = 0; i < m; ++i)
+    for (qrn_int64 p = rows.ptrb[i]; p < rows.ptre[i]; ++p) {
+      ref[{i, rows.sub[p]}] = rows.val[p];
+      ti.push_back(i), tj.push_back(rows.sub[p]), tv.push_back(rows.val[p]);
+    }
+  {  // rows in order
+    Fixture f(m + 2, n);
+    fresh(f);
+    CHECK_EQ(QRN_putarowslice64(f.task, 0, m, rows.ptrb.data(), rows.ptre.data(), rows.sub.data(), rows.val.data()),
+             QRN_RES_OK);
+    same(f.task, ref, m + 2, n);
+  }
+  {  // rows backwards: columns come out of order and are sorted
+    Fixture f(m + 2, n);
+    fresh(f);
+    std::vector<qrn_int32> sub(m);
+    std::vector<qrn_int64> b(rows.ptrb.rbegin(), rows.ptrb.rend()), e(rows.ptre.rbegin(), rows.ptre.rend());
+    for (int k = 0; k < m; ++k) sub[k] = m - 1 - k;
+    CHECK_EQ(QRN_putarowlist64(f.task, m, sub.data(), b.data(), e.data(), rows.sub.data(), rows.val.data()),
+             QRN_RES_OK);
+    same(f.task, ref, m + 2, n);
+  }
+  {  // shuffled triplets, one entry given twice (the last counts)
+    Fixture f(m + 2, n);
+    fresh(f);
+    std::mt19937 rng(5);
+    std::vector<size_t> order(ti.size());
+    for (size_t k = 0; k < order.size(); ++k) order[k] = k;
+    std::shuffle(order.begin(), order.end(), rng);
+    std::vector<qrn_int32> si, sj;
+    std::vector<double> sv;
+    for (size_t k : order) si.push_back(ti[k]), sj.push_back(tj[k]), sv.push_back(tv[k]);
+    si.push_back(ti[10]), sj.push_back(tj[10]), sv.push_back(42.0);
+    ref[{ti[10], tj[10]}] = 42.0;
+    CHECK_EQ(QRN_putaijlist64(f.task, static_cast<qrn_int64>(si.size()), si.data(), sj.data(), sv.data()),
+             QRN_RES_OK);
+    same(f.task, ref, m + 2, n);
+  }
+}
+
+TEST(storage_inputdata_resizes_both_ways_and_checks_as_it_copies) {
+  Fixture f(5, 2);
+  qrn_task_t t = f.task;
+  CHECK_EQ(QRN_putaij(t, 4, 1, 9), QRN_RES_OK);
+  CHECK_EQ(QRN_putatruncatetol(t, 0.5), QRN_RES_OK);
+  // Fewer constraints, more variables; column 0 out of order with an entry within the tolerance.
+  const qrn_int64 b1[] = {0, 3, 3, 3}, e1[] = {3, 3, 3, 4};
+  const qrn_int32 s1[] = {2, 0, 1, 0};
+  const double v1[] = {1, 0.25, -2, 3};
+  const qrn_int32 bkc[] = {QRN_BK_FREE, QRN_BK_FREE, QRN_BK_UPPER};
+  const double buc[] = {0, 0, 7};
+  const double c1[] = {1, 2, 3, 4};
+  CHECK_EQ(QRN_inputdata64(t, 0, 0, 3, 4, c1, 0, b1, e1, s1, v1, bkc, nullptr, buc, nullptr, nullptr, nullptr),
+           QRN_RES_OK);
+  const Dense first{{{1, 0}, -2}, {{2, 0}, 1}, {{0, 3}, 3}};
+  same(t, first, 3, 4);
+  qrn_int32 bk = -1;
+  double bl = 0, bu = 0, cj = 0;
+  CHECK_EQ(QRN_getconbound(t, 2, &bk, &bl, &bu), QRN_RES_OK);
+  CHECK_EQ(bk, QRN_BK_UPPER);
+  CHECK_EQ(bu, 7.0);
+  CHECK_EQ(QRN_getcj(t, 3, &cj), QRN_RES_OK);
+  CHECK_EQ(cj, 4.0);
+  // A repeated row is refused even when one of its entries is within the tolerance.
+  const qrn_int64 b2[] = {0}, e2[] = {3};
+  const qrn_int32 s2[] = {1, 0, 1};
+  const double v2[] = {2, 3, 0.1};
+  CHECK_EQ(QRN_inputdata64(t, 0, 0, 6, 1, nullptr, 0, b2, e2, s2, v2, nullptr, nullptr, nullptr, nullptr, nullptr,
+                           nullptr),
+           QRN_RES_ERR_DUP_INDEX);
+  same(t, first, 3, 4);
+  // More constraints, fewer variables.
+  const qrn_int64 e3[] = {2};
+  CHECK_EQ(QRN_inputdata64(t, 0, 0, 6, 1, nullptr, 0, b2, e3, s2 + 1, v2 + 1, nullptr, nullptr, nullptr, nullptr,
+                           nullptr, nullptr),
+           QRN_RES_OK);
+  same(t, Dense{{{0, 0}, 3}}, 6, 1);
+  CHECK_EQ(QRN_getconbound(t, 5, &bk, &bl, &bu), QRN_RES_OK);
+  CHECK_EQ(bk, QRN_BK_FREE);
 }

@@ -18,7 +18,9 @@ namespace qrn {
 // size it was allocated (or last reallocated) with.
 void *block_alloc(size_t bytes);
 void *block_realloc(void *p, size_t old_bytes, size_t new_bytes);
-void block_free(void *p, size_t bytes) noexcept;
+// With keep false the memory goes back to the system at once, not kept for
+// reuse (memory.cpp): for scratch that would otherwise stay resident.
+void block_free(void *p, size_t bytes, bool keep = true) noexcept;
 
 template <class T>
 class Pod {
@@ -87,9 +89,9 @@ class Pod {
     p_[n_ - 1] = v;
   }
   void clear() { n_ = 0; }
-  // Gives back the memory.
-  void release() noexcept {
-    if (p_ != nullptr) block_free(p_, cap_ * sizeof(T));
+  // Gives back the memory (keep false: to the system at once; see block_free).
+  void release(bool keep = true) noexcept {
+    if (p_ != nullptr) block_free(p_, cap_ * sizeof(T), keep);
     p_ = nullptr;
     n_ = cap_ = 0;
   }

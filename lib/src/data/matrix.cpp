@@ -19,6 +19,7 @@
 #include "errors.hpp"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -88,16 +89,20 @@ struct LineArgs {
 };
 
 // Checks ptrb/ptre of num lines; returns how far they reach into idx/val.
-qrn_int64 check_pointers(qrn_int64 num, const qrn_int64 *ptrb, const qrn_int64 *ptre, const LineArgs &arg) {
+// With `total`, also adds up the lengths of the lines there.
+qrn_int64 check_pointers(qrn_int64 num, const qrn_int64 *ptrb, const qrn_int64 *ptre, const LineArgs &arg,
+                         qrn_int64 *total = nullptr) {
   need_array(ptrb, num, arg.ptrb);
   need_array(ptre, num, arg.ptre);
-  qrn_int64 reach = 0;
+  qrn_int64 reach = 0, sum = 0;
   for (qrn_int64 k = 0; k < num; ++k) {
     if (ptrb[k] < 0 || ptrb[k] > ptre[k])
       fail(QRN_RES_ERR_PTR_RANGE, at(arg.ptrb, k) + " = " + str(ptrb[k]) + " and " + at(arg.ptre, k) + " = " +
                                       str(ptre[k]) + " do not satisfy 0 <= ptrb <= ptre.");
     reach = std::max(reach, ptre[k]);
+    sum += ptre[k] - ptrb[k];
   }
+  if (total != nullptr) *total = sum;
   return reach;
 }
 
@@ -111,6 +116,17 @@ void check_distinct(qrn_int64 num, const qrn_int32 *sub, const char *arg) {
   auto dup = std::adjacent_find(sorted.begin(), sorted.end());
   if (dup != sorted.end())
     fail(QRN_RES_ERR_DUP_INDEX, "Index " + str(*dup) + " occurs more than once in " + arg + ".");
+}
+
+// Refuses an index that occurs twice in the n indexes ix of line `line` of
+// kind d (given out of order: a sorted copy is searched).
+void check_distinct_in_line(const qrn_int32 *ix, qrn_int64 n, const char *arg, Dim d, qrn_int64 line) {
+  std::vector<qrn_int32> copy(ix, ix + n);
+  std::sort(copy.begin(), copy.end());
+  auto dup = std::adjacent_find(copy.begin(), copy.end());
+  if (dup != copy.end())
+    fail(QRN_RES_ERR_DUP_INDEX, "Index " + str(*dup) + " occurs more than once in " + arg + " for " + kind_of(d) +
+                                    " " + str(line) + ".");
 }
 
 // What checking the lines of a writer found, for the store pass that follows.
@@ -146,12 +162,7 @@ Checked check_lines(Dim d, qrn_int64 num, LineOf line_of, const qrn_int64 *ptrb,
     ck.kept += kept;
     if (sorted) continue;
     ck.unsorted.push_back(k);
-    std::vector<qrn_int32> copy(idx + b, idx + e);
-    std::sort(copy.begin(), copy.end());
-    auto dup = std::adjacent_find(copy.begin(), copy.end());
-    if (dup != copy.end())
-      fail(QRN_RES_ERR_DUP_INDEX, "Index " + str(*dup) + " occurs more than once in " + arg.idx + " for " +
-                                      kind_of(d) + " " + str(line_of(k)) + ".");
+    check_distinct_in_line(idx + b, e - b, arg.idx, d, line_of(k));
   }
   return ck;
 }
@@ -309,52 +320,118 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
 // store, in order, the same each time. Returns false, having changed nothing,
 // unless the entries are many, every column that receives one is empty and the
 // row-wise index is not to be kept; then the entries need no merging. Of
-// entries repeated in a column the last one counts.
+// entries repeated in a column the last one counts. With `row_order` the
+// entries come by increasing row, none twice: the columns then come out
+// sorted, and the row counts are kept as they go.
+//
+// A counting transpose: one pass counts the entries of each column, and the
+// receiving columns get their exact room, side by side at the end of the pool.
+// Many entries in another order than by column then go in two steps, for the
+// cache's sake: first each into the range of its group of columns (at most 64
+// groups, each written in order), then, group by group, each into its column.
 template <class Each>
-bool fill_empty_columns(Task &t, qrn_int64 count, Each each) {
+bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each) {
   Matrix &a = t.a;
   LineStore &s = a.cols;
-  if (count == 0 || count * 4 < t.numvar || (a.rows_ready() && !a.many(count))) return false;
-  Pod<qrn_int32> counts(static_cast<size_t>(t.numvar), 0);
-  qrn_int32 *fill = counts.data();  // plain pointers: the loops below then keep them in registers
-  each([fill](qrn_int32, qrn_int32 j, double) { ++fill[j]; });
-  for (qrn_int32 j = 0; j < t.numvar; ++j)
-    if (fill[j] > 0 && s.len[j] > 0) return false;
-  a.drop_rows();
-  s.reserve_more(count);
-  for (qrn_int32 j = 0; j < t.numvar; ++j)
-    if (fill[j] > 0) s.resize_line(j, fill[j], 0, false), fill[j] = 0;
-  const qrn_int64 *start = s.start.data();
-  qrn_int32 *idx = s.idx.data();
-  double *val = s.val.data();
-  each([=](qrn_int32 i, qrn_int32 j, double v) {
-    const qrn_int64 pos = start[j] + fill[j]++;
-    idx[pos] = i;
-    val[pos] = v;
+  const qrn_int32 n = t.numvar;
+  if (count == 0 || count * 4 < n || (a.rows_ready() && !a.many(count))) return false;
+  Pod<qrn_int64> next(static_cast<size_t>(n) + 1, 0);
+  qrn_int64 *at = next.data();  // plain pointers: the loops below then keep them in registers
+  qrn_int32 last = 0;  // entries that come by column need no grouping
+  bool by_col = true;
+  each([at, &last, &by_col](qrn_int32, qrn_int32 j, double) {
+    ++at[j + 1];
+    by_col &= j >= last;
+    last = j;
   });
-  std::vector<Change> scratch;
-  for (qrn_int32 j = 0; j < t.numvar; ++j) {
-    const qrn_int32 n = s.len[j];
-    if (n == 0) continue;
-    qrn_int32 *ix = s.idx_of(j);
-    double *v = s.val_of(j);
-    bool sorted = true;
-    for (qrn_int32 p = 1; p < n && sorted; ++p) sorted = ix[p - 1] < ix[p];
-    if (!sorted) {  // sort by row, keeping the last of repeated entries
-      scratch.resize(static_cast<size_t>(n));
-      for (qrn_int32 p = 0; p < n; ++p) scratch[p] = Change{j, ix[p], v[p]};
-      std::stable_sort(scratch.begin(), scratch.end(), [](const Change &x, const Change &y) { return x.idx < y.idx; });
-      qrn_int32 w = 0;
-      for (qrn_int32 p = 0; p < n; ++p) {
-        if (p + 1 < n && scratch[p + 1].idx == scratch[p].idx) continue;
-        ix[w] = scratch[p].idx;
-        v[w++] = scratch[p].v;
+  for (qrn_int32 j = 0; j < n; ++j)
+    if (at[j + 1] > 0 && s.len[j] > 0) return false;
+  a.drop_rows();
+  // Room: the receiving columns leave their old room (garbage now) for their
+  // exact room in a new stretch of the pool.
+  const auto base = static_cast<qrn_int64>(s.idx.size());
+  s.reserve_more(count);
+  s.idx.resize_uninit(static_cast<size_t>(base + count));
+  s.val.resize_uninit(static_cast<size_t>(base + count));
+  at[0] = base;
+  for (qrn_int32 j = 0; j < n; ++j) {
+    const qrn_int64 c = at[j + 1];
+    at[j + 1] += at[j];
+    if (c == 0) continue;
+    s.room += c - s.cap[j];
+    s.start[j] = at[j];
+    s.len[j] = s.cap[j] = static_cast<qrn_int32>(c);
+  }
+  s.live += count;
+  qrn_int32 *idx = s.idx.data(), *rowlen = a.rowlen.data();
+  double *val = s.val.data();
+  int shift = 0;
+  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64) ++shift;
+  if (count < (qrn_int64(1) << 17) || shift == 0 || by_col) {
+    each([=](qrn_int32 i, qrn_int32 j, double v) {
+      const qrn_int64 pos = at[j]++;
+      idx[pos] = i;
+      val[pos] = v;
+      if (row_order) ++rowlen[i];
+    });
+  } else {
+    const qrn_int32 groups = ((n - 1) >> shift) + 1;
+    std::vector<qrn_int64> gnext(groups);
+    for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
+    Pod<qrn_int32> colof;  // the column of each entry while it sits in its group's range
+    colof.resize_uninit(static_cast<size_t>(count));
+    qrn_int64 *gn = gnext.data();
+    qrn_int32 *col = colof.data() - base;
+    each([=](qrn_int32 i, qrn_int32 j, double v) {
+      const qrn_int64 pos = gn[j >> shift]++;
+      idx[pos] = i;
+      val[pos] = v;
+      col[pos] = j;
+      if (row_order) ++rowlen[i];
+    });
+    std::vector<qrn_int32> si;
+    std::vector<double> sv;
+    for (qrn_int32 g = 0; g < groups; ++g) {
+      const qrn_int64 lo = at[static_cast<qrn_int64>(g) << shift], hi = gnext[g];
+      si.assign(idx + lo, idx + hi);
+      sv.assign(val + lo, val + hi);
+      const qrn_int32 *cj = col + lo;
+      for (qrn_int64 k = 0; k < hi - lo; ++k) {
+        const qrn_int64 pos = at[cj[k]]++;
+        idx[pos] = si[k];
+        val[pos] = sv[k];
       }
-      s.resize_line(j, w, w, false);
     }
-    for (qrn_int32 p = 0; p < s.len[j]; ++p) ++a.rowlen[ix[p]];
+    colof.release(false);  // scratch: not to stay resident once the task is built
+  }
+  next.release(false);
+  if (!row_order) {
+    std::vector<Change> scratch;
+    for (qrn_int32 j = 0; j < n; ++j) {
+      const qrn_int32 len = s.len[j];
+      if (len == 0 || s.start[j] < base) continue;
+      qrn_int32 *ix = s.idx_of(j);
+      double *v = s.val_of(j);
+      bool sorted = true;
+      for (qrn_int32 p = 1; p < len && sorted; ++p) sorted = ix[p - 1] < ix[p];
+      if (!sorted) {  // sort by row, keeping the last of repeated entries
+        scratch.resize(static_cast<size_t>(len));
+        for (qrn_int32 p = 0; p < len; ++p) scratch[p] = Change{j, ix[p], v[p]};
+        std::stable_sort(scratch.begin(), scratch.end(),
+                         [](const Change &x, const Change &y) { return x.idx < y.idx; });
+        qrn_int32 w = 0;
+        for (qrn_int32 p = 0; p < len; ++p) {
+          if (p + 1 < len && scratch[p + 1].idx == scratch[p].idx) continue;
+          ix[w] = scratch[p].idx;
+          v[w++] = scratch[p].v;
+        }
+        s.resize_line(j, w, w, false);
+      }
+      for (qrn_int32 p = 0; p < s.len[j]; ++p) ++rowlen[ix[p]];
+    }
   }
   a.nnz = s.live;
+  s.tidy();
   return true;
 }
 
@@ -415,7 +492,9 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   qrn_int64 old = 0;
   for (qrn_int64 k = 0; k < num; ++k) old += a.rowlen[line_of(k)];
   const double tol = a.tol;
-  if (old == 0 && fill_empty_columns(t, ck.kept, [=](auto f) {
+  bool increasing = true;  // rows given in order
+  for (qrn_int64 k = 1; k < num && increasing && line_of.sub != nullptr; ++k) increasing = line_of(k - 1) < line_of(k);
+  if (old == 0 && fill_empty_columns(t, ck.kept, increasing, [=](auto f) {
         for (qrn_int64 k = 0; k < num; ++k) {
           const qrn_int32 i = line_of(k);
           for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p)
@@ -512,7 +591,7 @@ void put_entries(Task &t, qrn_int64 num, const qrn_int32 *subi, const qrn_int32 
   qrn_int64 kept = 0;
   for (qrn_int64 k = 0; k < num; ++k) kept += std::fabs(valij[k]) > tol;
   // Into empty columns when there are no removals (a value within tol removes).
-  if (kept == num && fill_empty_columns(t, num, [&](auto f) {
+  if (kept == num && fill_empty_columns(t, num, false, [&](auto f) {
         for (qrn_int64 k = 0; k < num; ++k) f(subi[k], subj[k], valij[k]);
       }))
     return;
@@ -615,27 +694,75 @@ qrn_int64 piece_nnz(const Task &t, qrn_int32 firsti, qrn_int32 lasti, qrn_int32 
 bool bounds_below(qrn_int32 bk) { return bk == QRN_BK_LOWER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
 bool bounds_above(qrn_int32 bk) { return bk == QRN_BK_UPPER || bk == QRN_BK_FIXED || bk == QRN_BK_RANGED; }
 
-// Checks n bounds (null arrays: free, -inf, +inf). Only a failing item gets
-// its message, from make_bound.
-void check_bounds(qrn_int32 n, const qrn_int32 *bk, const double *bl, const double *bu, const char *kind) {
+// Checks n bounds (null arrays: free, -inf, +inf) as it copies them into
+// fresh arrays; a side that the key leaves open becomes infinite. Only a
+// failing item gets its message, from make_bound.
+Bounds take_bounds(qrn_int32 n, const qrn_int32 *bk, const double *bl, const double *bu, const char *kind) {
+  Bounds out;
+  out.bk.resize_uninit(n);
+  out.bl.resize_uninit(n);
+  out.bu.resize_uninit(n);
   for (qrn_int32 k = 0; k < n; ++k) {
     const qrn_int32 key = bk != nullptr ? bk[k] : QRN_BK_FREE;
     const double lo = bl != nullptr ? bl[k] : -inf, hi = bu != nullptr ? bu[k] : inf;
+    const bool below = bounds_below(key), above = bounds_above(key);
     const bool ok = key >= QRN_BK_FREE && key <= QRN_BK_RANGED && !std::isnan(lo) && !std::isnan(hi) &&
-                    (!bounds_below(key) || std::fabs(lo) < QRN_INFINITY) &&
-                    (!bounds_above(key) || std::fabs(hi) < QRN_INFINITY);
+                    (!below || std::fabs(lo) < QRN_INFINITY) && (!above || std::fabs(hi) < QRN_INFINITY);
     if (!ok) make_bound(key, lo, hi, (std::string(kind) + " " + str(k)).c_str());  // throws with the reason
+    out.bk[k] = key;
+    out.bl[k] = below ? lo : -inf;
+    out.bu[k] = above ? hi : inf;
   }
+  return out;
 }
 
-// Stores checked bounds; a side that the key leaves open becomes infinite.
-void store_bounds(Bounds &out, qrn_int32 n, const qrn_int32 *bk, const double *bl, const double *bu) {
-  for (qrn_int32 k = 0; k < n; ++k) {
-    const qrn_int32 key = bk != nullptr ? bk[k] : QRN_BK_FREE;
-    out.bk[k] = key;
-    out.bl[k] = bl != nullptr && bounds_below(key) ? bl[k] : -inf;
-    out.bu[k] = bu != nullptr && bounds_above(key) ? bu[k] : inf;
+// Builds the columns of A (fresh arrays, each column with exactly the room it
+// needs) and the count of entries of each row from numvar columns in
+// compressed form, checking them as it copies: row indexes below numcon,
+// finite values, no row twice in a column. `total` is the sum of the lengths
+// of the columns. One pass over the caller's arrays; a column given out of
+// order is sorted afterwards.
+void take_cols(LineStore &cols, Pod<qrn_int32> &rowlen, qrn_int32 numcon, qrn_int32 numvar, const qrn_int64 *ptrb,
+               const qrn_int64 *ptre, const qrn_int32 *sub, const double *val, qrn_int64 total, double tol) {
+  cols.start.resize_uninit(numvar);
+  cols.len.resize_uninit(numvar);
+  cols.cap.resize_uninit(numvar);
+  cols.idx.resize_uninit(static_cast<size_t>(total));
+  cols.val.resize_uninit(static_cast<size_t>(total));
+  rowlen.resize(numcon, 0);
+  // plain pointers, so that the loop keeps them in registers
+  qrn_int32 *oi = cols.idx.data(), *count = rowlen.data();
+  double *ov = cols.val.data();
+  qrn_int64 pos = 0;
+  for (qrn_int32 j = 0; j < numvar; ++j) {
+    const qrn_int64 b = ptrb[j], e = ptre[j], first = pos;
+    qrn_int32 prev = -1;
+    bool sorted = true;
+    for (qrn_int64 p = b; p < e; ++p) {
+      const qrn_int32 i = sub[p];
+      const double v = val[p];
+      if (static_cast<std::uint32_t>(i) >= static_cast<std::uint32_t>(numcon))
+        bad_index_at(Dim::row, "asub", p, i, numcon);
+      if (!std::isfinite(v)) not_finite_at("aval", p);
+      sorted &= i > prev;
+      prev = i;
+      // every entry is written; one within the tolerance is overwritten by the next
+      const bool keep = std::fabs(v) > tol;
+      oi[pos] = i;
+      ov[pos] = v;
+      count[i] += keep;
+      pos += keep;
+    }
+    if (!sorted) {
+      check_distinct_in_line(sub + b, e - b, "asub", Dim::col, j);
+      sort_line(oi + first, ov + first, pos - first);
+    }
+    cols.start[j] = first;
+    cols.len[j] = cols.cap[j] = static_cast<qrn_int32>(pos - first);
   }
+  cols.idx.resize_uninit(static_cast<size_t>(pos));
+  cols.val.resize_uninit(static_cast<size_t>(pos));
+  cols.live = cols.room = pos;
 }
 
 // Sets the task's number of items of kind d to n: appends, or removes trailing ones.
@@ -658,56 +785,50 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   need_count(maxnumvar, "maxnumvar");
   need_count(numcon, "numcon");
   need_count(numvar, "numvar");
-  // Check everything before the task changes: one pass over each array.
+  // Everything is checked as it is copied into fresh arrays, one pass over
+  // each of the caller's arrays; the task changes only once all is well.
   const LineArgs arg{"aptrb", "aptrb", "aptre", "asub", "aval"};
-  qrn_int64 reach = check_pointers(numvar, aptrb, aptre, arg);
+  qrn_int64 total = 0;
+  qrn_int64 reach = check_pointers(numvar, aptrb, aptre, arg, &total);
   need_array(asub, reach, "asub");
   need_array(aval, reach, "aval");
-  const double tol = t.a.tol;
-  const Checked ck = check_lines(Dim::col, numvar, LineList{nullptr, 0}, aptrb, aptre, asub, aval, numcon, tol, arg);
-  if (c != nullptr)
-    for (qrn_int32 j = 0; j < numvar; ++j) check_finite_at(c[j], "c", j);
+  LineStore cols;
+  Pod<qrn_int32> rowlen;
+  take_cols(cols, rowlen, numcon, numvar, aptrb, aptre, asub, aval, total, t.a.tol);
+  Pod<double> cnew;
+  cnew.resize_uninit(numvar);
+  if (c != nullptr) {
+    for (qrn_int32 j = 0; j < numvar; ++j) {
+      check_finite_at(c[j], "c", j);
+      cnew[j] = c[j];
+    }
+  } else {
+    std::fill(cnew.begin(), cnew.end(), 0.0);
+  }
   check_finite(cfix, "cfix");
-  check_bounds(numcon, bkc, blc, buc, "constraint");
-  check_bounds(numvar, bkx, blx, bux, "variable");
+  Bounds con = take_bounds(numcon, bkc, blc, buc, "constraint");
+  Bounds var = take_bounds(numvar, bkx, blx, bux, "variable");
 
-  // Apply: empty A first so that resizing has nothing to renumber, then fill
-  // the columns in place, each with exactly the room it needs.
+  // Apply. A is emptied first, so that removing items has nothing to
+  // renumber. The arrays that are replaced whole go in before items are
+  // appended, already of their new size, so that appending does not fill them
+  // with defaults first; when items are removed they go in after.
   Matrix &a = t.a;
+  a.drop_rows();
   a.cols.clear();
   a.cols.add_lines(t.numvar);
-  a.rowlen.resize_uninit(0);
-  a.rowlen.resize(t.numcon, 0);
-  a.drop_rows();
   a.nnz = 0;
+  const bool more_cons = numcon >= t.numcon, more_vars = numvar >= t.numvar;
+  auto put_cons = [&] { a.rowlen.swap(rowlen), t.conbound = std::move(con); };
+  auto put_vars = [&] { a.cols = std::move(cols), t.c.swap(cnew), t.varbound = std::move(var); };
+  if (more_cons) put_cons();
   resize(t, Dim::row, numcon);
+  if (!more_cons) put_cons();
+  if (more_vars) put_vars();
   resize(t, Dim::col, numvar);
-  LineStore &cols = a.cols;
-  cols.idx.resize_uninit(static_cast<size_t>(ck.kept));
-  cols.val.resize_uninit(static_cast<size_t>(ck.kept));
-  qrn_int32 *rowlen = a.rowlen.data();
-  auto unsorted = ck.unsorted.begin();
-  qrn_int64 pos = 0;
-  for (qrn_int32 j = 0; j < numvar; ++j) {
-    qrn_int32 *oi = cols.idx.data() + pos;
-    double *ov = cols.val.data() + pos;
-    const qrn_int64 n = copy_kept(asub, aval, aptrb[j], aptre[j], tol, oi, ov);
-    if (unsorted != ck.unsorted.end() && *unsorted == j) {
-      sort_line(oi, ov, n);
-      ++unsorted;
-    }
-    for (qrn_int64 p = 0; p < n; ++p) ++rowlen[oi[p]];
-    cols.start[j] = pos;
-    cols.len[j] = cols.cap[j] = static_cast<qrn_int32>(n);
-    pos += n;
-  }
-  cols.live = cols.room = pos;
-  a.nnz = pos;
-  if (c != nullptr && numvar > 0) std::memcpy(t.c.data(), c, numvar * sizeof(double));
-  else std::fill(t.c.begin(), t.c.end(), 0.0);
+  if (!more_vars) put_vars();
+  a.nnz = a.cols.live;
   t.cfix = cfix;
-  store_bounds(t.conbound, numcon, bkc, blc, buc);
-  store_bounds(t.varbound, numvar, bkx, blx, bux);
   t.maxnumcon = std::max(t.maxnumcon, maxnumcon);
   t.maxnumvar = std::max(t.maxnumvar, maxnumvar);
 }

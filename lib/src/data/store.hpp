@@ -54,6 +54,9 @@ struct LineStore {
   double *val_of(qrn_int32 k) { return val.data() + start[k]; }
 
   void add_lines(qrn_int32 n);  // n empty lines after the last one
+  void fit_lines(qrn_int32 n) {  // at least n lines: empty ones added after the last
+    if (n > lines()) add_lines(n - lines());
+  }
   // Line k will hold n entries, of which the first `keep` (<= its length) stay
   // as they are; the caller writes the others. A line that has to move takes
   // room for n entries, and with `slack` half as many again.
