@@ -1,9 +1,10 @@
 // Large blocks of plain data, and Pod<T>, a growable array of them.
 //
 // Blocks of a megabyte or more come straight from the operating system (one
-// place, memory.cpp), so that freeing a large problem returns its memory at
-// once and growing an array can move its pages instead of copying them; small
-// blocks come from malloc. Pod<T> does not initialize what it grows by: the
+// place, memory.cpp), so that growing an array can move its pages instead of
+// copying them; a freed one is kept for reuse up to 64 MB in all (the rest goes
+// back to the system at once), as malloc keeps its heap. Small blocks come
+// from malloc. Pod<T> does not initialize what it grows by: the
 // caller writes every element it adds (resize_uninit), or asks for a fill.
 #pragma once
 
