@@ -1,6 +1,6 @@
 // Large blocks of plain data, and Pod<T>, a growable array of them.
 //
-// Blocks of a megabyte or more come straight from the operating system (one
+// Blocks of 128 KB or more come straight from the operating system (one
 // place, memory.cpp), so that growing an array can move its pages instead of
 // copying them; a freed one is kept for reuse up to 64 MB in all (the rest goes
 // back to the system at once), as malloc keeps its heap. Small blocks come
