@@ -132,6 +132,7 @@ void check_distinct_in_line(const qrn_int32 *ix, qrn_int64 n, const char *arg, D
 // What checking the lines of a writer found, for the store pass that follows.
 struct Checked {
   qrn_int64 kept = 0;              // entries above the truncation tolerance
+  qrn_int64 total = 0;             // entries given
   std::vector<qrn_int64> unsorted;  // lines (positions in the call, increasing) given out of index order
 };
 
@@ -160,6 +161,7 @@ Checked check_lines(Dim d, qrn_int64 num, LineOf line_of, const qrn_int64 *ptrb,
       kept += std::fabs(v) > tol;
     }
     ck.kept += kept;
+    ck.total += e - b;
     if (sorted) continue;
     ck.unsorted.push_back(k);
     check_distinct_in_line(idx + b, e - b, arg.idx, d, line_of(k));
@@ -317,20 +319,24 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
 
 // Fills empty columns straight from entries that come in another order (by
 // row, or as triplets): each(f) calls f(row, column, value) for every entry to
-// store, in order, the same each time. Returns false, having changed nothing,
+// store, in order, the same each time, and cols(g) calls g(column) for the
+// same entries in the same order. Returns false, having changed nothing,
 // unless the entries are many, every column that receives one is empty and the
 // row-wise index is not to be kept; then the entries need no merging. Of
 // entries repeated in a column the last one counts. With `row_order` the
 // entries come by increasing row, none twice: the columns then come out
-// sorted, and the row counts are kept as they go.
+// sorted, and the caller counts the entries of each row; else the row counts
+// are kept here.
 //
 // A counting transpose: one pass counts the entries of each column, and the
 // receiving columns get their exact room, side by side at the end of the pool.
 // Many entries in another order than by column then go in two steps, for the
 // cache's sake: first each into the range of its group of columns (at most 64
-// groups, each written in order), then, group by group, each into its column.
-template <class Each>
-bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each) {
+// groups of at most 2^16 columns, or more groups for more columns, each
+// written in order; the entry's column within its group beside it in 16
+// bits), then, group by group, each into its column.
+template <class Each, class Cols>
+bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Cols cols) {
   Matrix &a = t.a;
   LineStore &s = a.cols;
   const qrn_int32 n = t.numvar;
@@ -339,7 +345,7 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each) {
   qrn_int64 *at = next.data();  // plain pointers: the loops below then keep them in registers
   qrn_int32 last = 0;  // entries that come by column need no grouping
   bool by_col = true;
-  each([at, &last, &by_col](qrn_int32, qrn_int32 j, double) {
+  cols([at, &last, &by_col](qrn_int32 j) {
     ++at[j + 1];
     by_col &= j >= last;
     last = j;
@@ -366,38 +372,38 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each) {
   qrn_int32 *idx = s.idx.data(), *rowlen = a.rowlen.data();
   double *val = s.val.data();
   int shift = 0;
-  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64) ++shift;
+  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64 && shift < 16) ++shift;
   if (count < (qrn_int64(1) << 17) || shift == 0 || by_col) {
     each([=](qrn_int32 i, qrn_int32 j, double v) {
       const qrn_int64 pos = at[j]++;
       idx[pos] = i;
       val[pos] = v;
-      if (row_order) ++rowlen[i];
     });
   } else {
     const qrn_int32 groups = ((n - 1) >> shift) + 1;
+    const qrn_int32 mask = (qrn_int32(1) << shift) - 1;
     std::vector<qrn_int64> gnext(groups);
     for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
-    Pod<qrn_int32> colof;  // the column of each entry while it sits in its group's range
+    Pod<std::uint16_t> colof;  // the column of each entry within its group, while it sits in the group's range
     colof.resize_uninit(static_cast<size_t>(count));
     qrn_int64 *gn = gnext.data();
-    qrn_int32 *col = colof.data() - base;
+    std::uint16_t *col = colof.data() - base;
     each([=](qrn_int32 i, qrn_int32 j, double v) {
       const qrn_int64 pos = gn[j >> shift]++;
       idx[pos] = i;
       val[pos] = v;
-      col[pos] = j;
-      if (row_order) ++rowlen[i];
+      col[pos] = static_cast<std::uint16_t>(j & mask);
     });
     std::vector<qrn_int32> si;
     std::vector<double> sv;
     for (qrn_int32 g = 0; g < groups; ++g) {
-      const qrn_int64 lo = at[static_cast<qrn_int64>(g) << shift], hi = gnext[g];
+      qrn_int64 *ag = at + (static_cast<qrn_int64>(g) << shift);
+      const qrn_int64 lo = ag[0], hi = gnext[g];
       si.assign(idx + lo, idx + hi);
       sv.assign(val + lo, val + hi);
-      const qrn_int32 *cj = col + lo;
+      const std::uint16_t *cj = col + lo;
       for (qrn_int64 k = 0; k < hi - lo; ++k) {
-        const qrn_int64 pos = at[cj[k]]++;
+        const qrn_int64 pos = ag[cj[k]]++;
         idx[pos] = si[k];
         val[pos] = sv[k];
       }
@@ -484,6 +490,14 @@ void store_cols(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   }
 }
 
+// Sets the count of entries of rows line_of(k) to what idx/val[ptrb[k], ptre[k]) keeps.
+void count_rows(Matrix &a, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
+                const double *val, const Checked &ck) {
+  for (qrn_int64 k = 0; k < num; ++k)
+    a.rowlen[line_of(k)] = static_cast<qrn_int32>(ck.kept == ck.total ? ptre[k] - ptrb[k]
+                                                                        : count_kept(val, ptrb[k], ptre[k], a.tol));
+}
+
 // Replaces rows line_of(k) by the checked entries idx/val[ptrb[k], ptre[k]):
 // every old entry of those rows and every new one is a change of its column.
 void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
@@ -494,14 +508,23 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   const double tol = a.tol;
   bool increasing = true;  // rows given in order
   for (qrn_int64 k = 1; k < num && increasing && line_of.sub != nullptr; ++k) increasing = line_of(k - 1) < line_of(k);
-  if (old == 0 && fill_empty_columns(t, ck.kept, increasing, [=](auto f) {
-        for (qrn_int64 k = 0; k < num; ++k) {
-          const qrn_int32 i = line_of(k);
-          for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p)
-            if (std::fabs(val[p]) > tol) f(i, idx[p], val[p]);
-        }
-      }))
+  const bool all = ck.kept == ck.total;  // no entry within the tolerance: no value to look at for counting
+  auto each = [=](auto f) {
+    for (qrn_int64 k = 0; k < num; ++k) {
+      const qrn_int32 i = line_of(k);
+      for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p)
+        if (std::fabs(val[p]) > tol) f(i, idx[p], val[p]);
+    }
+  };
+  auto cols = [=](auto f) {
+    if (!all) return each([f](qrn_int32, qrn_int32 j, double) { f(j); });
+    for (qrn_int64 k = 0; k < num; ++k)
+      for (qrn_int64 p = ptrb[k], e = ptre[k]; p < e; ++p) f(idx[p]);
+  };
+  if (old == 0 && fill_empty_columns(t, ck.kept, increasing, each, cols)) {
+    if (increasing) count_rows(a, num, line_of, ptrb, ptre, val, ck);
     return;
+  }
   const LineStore *held = old > 0 ? &a.rows() : nullptr;  // the old entries, when there are any
   Pod<Change> ch;  // by column: deletions of the old entries of each row, then its new entries
   ch.reserve(static_cast<size_t>(old + ck.kept));
@@ -531,7 +554,7 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   } else {
     a.drop_rows();
   }
-  for (qrn_int64 k = 0; k < num; ++k) a.rowlen[line_of(k)] = static_cast<qrn_int32>(count_kept(val, ptrb[k], ptre[k], a.tol));
+  count_rows(a, num, line_of, ptrb, ptre, val, ck);
   group(ch, t.numvar);
   merge(a.cols, ch, a.tol, nullptr);
   a.nnz = a.cols.live;
@@ -591,9 +614,14 @@ void put_entries(Task &t, qrn_int64 num, const qrn_int32 *subi, const qrn_int32 
   qrn_int64 kept = 0;
   for (qrn_int64 k = 0; k < num; ++k) kept += std::fabs(valij[k]) > tol;
   // Into empty columns when there are no removals (a value within tol removes).
-  if (kept == num && fill_empty_columns(t, num, false, [&](auto f) {
-        for (qrn_int64 k = 0; k < num; ++k) f(subi[k], subj[k], valij[k]);
-      }))
+  if (kept == num && fill_empty_columns(
+                         t, num, false,
+                         [&](auto f) {
+                           for (qrn_int64 k = 0; k < num; ++k) f(subi[k], subj[k], valij[k]);
+                         },
+                         [&](auto f) {
+                           for (qrn_int64 k = 0; k < num; ++k) f(subj[k]);
+                         }))
     return;
   Pod<Change> ch;
   ch.resize_uninit(static_cast<size_t>(num));
