@@ -188,6 +188,86 @@ TEST(storage_removal_in_the_middle_of_a_large_model) {
   CHECK_EQ(index, 1600);
 }
 
+// Bulk writes drop the row counts, to be recounted from the columns when a row
+// count is read. Appends, removals and single entries in between must not
+// disturb the recount, and once recounted the counts must follow every writer.
+TEST(storage_row_counts_recounted_after_bulk_writes_follow_later_changes) {
+  int m = 40, n = 60;
+  Fixture f;
+  qrn_task_t t = f.task;
+  Dense ref;
+  auto put = [&](int i, int j, double v) {
+    CHECK_EQ(QRN_putaij(t, i, j, v), QRN_RES_OK);
+    if (v == 0) ref.erase({i, j});
+    else ref[{i, j}] = v;
+  };
+  auto remove = [&](bool rows, std::vector<qrn_int32> gone) {  // gone sorted
+    const auto num = static_cast<qrn_int32>(gone.size());
+    CHECK_EQ(rows ? QRN_removecons(t, num, gone.data()) : QRN_removevars(t, num, gone.data()), QRN_RES_OK);
+    auto to = [&](int k) {
+      auto it = std::lower_bound(gone.begin(), gone.end(), k);
+      return it != gone.end() && *it == k ? -1 : k - static_cast<int>(it - gone.begin());
+    };
+    Dense after;
+    for (auto &[ij, v] : ref) {
+      const int i = rows ? to(ij.first) : ij.first, j = rows ? ij.second : to(ij.second);
+      if (i >= 0 && j >= 0) after[{i, j}] = v;
+    }
+    ref.swap(after);
+    (rows ? m : n) -= num;
+  };
+  // Columns of the whole matrix, (7j + 11k) mod m for k < 5, as compressed lines.
+  auto columns = [&](double shift) {
+    Compressed c;
+    ref.clear();
+    for (int j = 0; j < n; ++j) {
+      c.ptrb.push_back(static_cast<qrn_int64>(c.sub.size()));
+      std::vector<qrn_int32> rows;
+      for (int k = 0; k < 5; ++k) rows.push_back((7 * j + 11 * k) % m);
+      std::sort(rows.begin(), rows.end());
+      rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+      for (qrn_int32 i : rows) c.sub.push_back(i), c.val.push_back(j + i + shift), ref[{i, j}] = j + i + shift;
+      c.ptre.push_back(static_cast<qrn_int64>(c.sub.size()));
+    }
+    return c;
+  };
+  Compressed c = columns(1.0);
+  CHECK_EQ(QRN_inputdata64(t, 0, 0, m, n, nullptr, 0, c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data(),
+                           nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+           QRN_RES_OK);
+  // No row read yet: the counts are not kept through these.
+  CHECK_EQ(QRN_appendcons(t, 3), QRN_RES_OK);
+  m += 3;
+  put(m - 2, 4, 2.5);
+  put(ref.begin()->first.first, ref.begin()->first.second, 0.0);
+  remove(true, {5, 17});
+  remove(false, {0, 33});
+  same(t, ref, m, n);
+  // Counted now: every writer keeps them in step.
+  const qrn_int32 rows2[] = {0, 9, m - 1};
+  const double vals2[] = {1.0, 2.0, 3.0};
+  CHECK_EQ(QRN_putacol(t, 2, 3, rows2, vals2), QRN_RES_OK);
+  for (auto it = ref.begin(); it != ref.end();) it = it->first.second == 2 ? ref.erase(it) : std::next(it);
+  for (int k = 0; k < 3; ++k) ref[{rows2[k], 2}] = vals2[k];
+  const qrn_int32 cols3[] = {1, 2, n - 1};
+  CHECK_EQ(QRN_putarow(t, 3, 3, cols3, vals2), QRN_RES_OK);
+  for (auto it = ref.begin(); it != ref.end();) it = it->first.first == 3 ? ref.erase(it) : std::next(it);
+  for (int k = 0; k < 3; ++k) ref[{3, cols3[k]}] = vals2[k];
+  remove(false, {10});
+  remove(true, {0});
+  CHECK_EQ(QRN_appendcons(t, 1), QRN_RES_OK);
+  m += 1;
+  put(m - 1, 0, -4.0);
+  same(t, ref, m, n);
+  // A bulk column write drops them again; a slice count comes first.
+  c = columns(0.5);
+  CHECK_EQ(QRN_putacolslice64(t, 0, n, c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data()), QRN_RES_OK);
+  qrn_int64 total = -1;
+  CHECK_EQ(QRN_getarowslicenumnz64(t, 0, m, &total), QRN_RES_OK);
+  CHECK_EQ(total, static_cast<qrn_int64>(ref.size()));
+  same(t, ref, m, n);
+}
+
 TEST(storage_truncation_on_every_path) {
   Fixture f(3, 3);
   qrn_task_t t = f.task;

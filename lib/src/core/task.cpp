@@ -123,9 +123,8 @@ void Task::append_cons(qrn_int32 num) {
   need_count(num, "The number of constraints to append");
   if (static_cast<qrn_int64>(numcon) + num > INT32_MAX)
     fail(QRN_RES_ERR_ARGUMENT, "The number of constraints would exceed 2^31-1.");
-  a.rowlen.resize(static_cast<size_t>(numcon) + num, 0);
+  a.add_rows(num);
   conbound.resize(static_cast<size_t>(numcon) + num);
-  if (a.rows_ready()) a.rows_to_update().add_lines(num);
   numcon += num;
   connames.resize(numcon);
   maxnumcon = std::max(maxnumcon, numcon);
@@ -189,11 +188,7 @@ static void compact(Bounds &b, const std::vector<qrn_int32> &newindex, qrn_int32
 void Task::remove_cons(const std::vector<bool> &remove) {
   qrn_int32 count;
   auto newindex = renumber(remove, count);
-  a.cols.renumber(newindex);
-  a.cols.tidy();
-  a.nnz = a.cols.live;
-  compact(a.rowlen, newindex, count);
-  if (a.rows_ready()) a.rows_to_update().drop_lines(newindex, count);
+  a.drop_rows_at(newindex, count);
   compact(conbound, newindex, count);
   compact(qcon, newindex, count);
   connames.remap(newindex, count);
@@ -205,17 +200,7 @@ void Task::remove_cons(const std::vector<bool> &remove) {
 void Task::remove_vars(const std::vector<bool> &remove) {
   qrn_int32 count;
   auto newindex = renumber(remove, count);
-  for (qrn_int32 j = 0; j < a.cols.lines(); ++j) {
-    if (newindex[j] >= 0) continue;
-    const qrn_int32 *rows = a.cols.idx_of(j);
-    for (qrn_int32 p = 0; p < a.cols.len[j]; ++p) --a.rowlen[rows[p]];
-  }
-  a.cols.drop_lines(newindex, count);
-  a.nnz = a.cols.live;
-  if (a.rows_ready()) {
-    a.rows_to_update().renumber(newindex);
-    a.rows_to_update().tidy();
-  }
+  a.drop_cols_at(newindex, count);
   compact(varbound, newindex, count);
   compact(c, newindex, count);
   compact(vartype, newindex, count);

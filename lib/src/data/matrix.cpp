@@ -301,7 +301,9 @@ void merge(LineStore &s, const Pod<Change> &ch, double tol, qrn_int32 *cross) {
 // Applies changes given by column (line = column, idx = row) to A: to the
 // columns, and to the row-wise index while it is kept.
 void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 numvar) {
-  const bool rows = a.rows_ready() && !a.many(static_cast<qrn_int64>(by_col.size()));
+  const bool many = a.many(static_cast<qrn_int64>(by_col.size()));
+  const bool rows = a.rows_ready() && !many;
+  if (many) a.drop_counts();
   if (!rows) a.drop_rows();
   Pod<Change> by_row;
   if (rows) {
@@ -309,7 +311,7 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
     for (size_t k = 0; k < by_col.size(); ++k) by_row[k] = Change{by_col[k].idx, by_col[k].line, by_col[k].v};
   }
   group(by_col, numvar);
-  merge(a.cols, by_col, a.tol, a.rowlen.data());
+  merge(a.cols, by_col, a.tol, a.counts_to_update());
   a.nnz = a.cols.live;
   if (rows) {
     group(by_row, numcon);
@@ -325,8 +327,8 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
 // row-wise index is not to be kept; then the entries need no merging. Of
 // entries repeated in a column the last one counts. With `row_order` the
 // entries come by increasing row, none twice: the columns then come out
-// sorted, and the caller counts the entries of each row; else the row counts
-// are kept here.
+// sorted, and the caller keeps the count of entries of each row; else the
+// row counts are dropped.
 //
 // A counting transpose: one pass counts the entries of each column, and the
 // receiving columns get their exact room, side by side at the end of the pool.
@@ -352,7 +354,8 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Col
   });
   for (qrn_int32 j = 0; j < n; ++j)
     if (at[j + 1] > 0 && s.len[j] > 0) return false;
-  a.drop_rows();
+  if (row_order) a.drop_rows();
+  else a.drop_counts();
   // Room: the receiving columns leave their old room (garbage now) for their
   // exact room in a new stretch of the pool.
   const auto base = static_cast<qrn_int64>(s.idx.size());
@@ -369,7 +372,7 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Col
     s.len[j] = s.cap[j] = static_cast<qrn_int32>(c);
   }
   s.live += count;
-  qrn_int32 *idx = s.idx.data(), *rowlen = a.rowlen.data();
+  qrn_int32 *idx = s.idx.data();
   double *val = s.val.data();
   int shift = 0;
   while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64 && shift < 16) ++shift;
@@ -433,7 +436,6 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Col
         }
         s.resize_line(j, w, w, false);
       }
-      for (qrn_int32 p = 0; p < s.len[j]; ++p) ++rowlen[ix[p]];
     }
   }
   a.nnz = s.live;
@@ -457,28 +459,39 @@ void store_cols(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   LineStore &s = a.cols;
   qrn_int64 old = 0;
   for (qrn_int64 k = 0; k < num; ++k) old += s.len[line_of(k)];
-  const bool rows = a.rows_ready() && !a.many(old + ck.kept);
+  const bool many = a.many(old + ck.kept);
+  const bool rows = a.rows_ready() && !many;
+  if (many) a.drop_counts();
   if (!rows) a.drop_rows();
+  qrn_int32 *count = a.counts_to_update();
   Pod<Change> cross;  // changes of the row-wise index, by row
   s.reserve_more(ck.kept);
+  const bool all = ck.kept == ck.total;  // every entry kept: columns are copied as they come
   auto unsorted = ck.unsorted.begin();
   for (qrn_int64 k = 0; k < num; ++k) {
     const qrn_int32 j = line_of(k);
     const qrn_int32 *ix = s.idx_of(j);
-    for (qrn_int32 p = 0; p < s.len[j]; ++p) {
-      --a.rowlen[ix[p]];
+    for (qrn_int32 p = 0; p < s.len[j] && count != nullptr; ++p) {
+      --count[ix[p]];
       if (rows) cross.push_back(Change{ix[p], j, 0.0});
     }
-    s.resize_line(j, count_kept(val, ptrb[k], ptre[k], a.tol), 0, false);
+    const qrn_int64 b = ptrb[k], e = ptre[k];
+    s.resize_line(j, all ? e - b : count_kept(val, b, e, a.tol), 0, false);
     qrn_int32 *oi = s.idx_of(j);
     double *ov = s.val_of(j);
-    const qrn_int64 n = copy_kept(idx, val, ptrb[k], ptre[k], a.tol, oi, ov);
+    qrn_int64 n = e - b;
+    if (all && n > 0) {
+      std::memcpy(oi, idx + b, n * sizeof(qrn_int32));
+      std::memcpy(ov, val + b, n * sizeof(double));
+    } else if (!all) {
+      n = copy_kept(idx, val, b, e, a.tol, oi, ov);
+    }
     if (unsorted != ck.unsorted.end() && *unsorted == k) {
       sort_line(oi, ov, n);
       ++unsorted;
     }
-    for (qrn_int64 p = 0; p < n; ++p) {
-      ++a.rowlen[oi[p]];
+    for (qrn_int64 p = 0; p < n && count != nullptr; ++p) {
+      ++count[oi[p]];
       if (rows) cross.push_back(Change{oi[p], j, ov[p]});
     }
   }
@@ -493,8 +506,10 @@ void store_cols(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
 // Sets the count of entries of rows line_of(k) to what idx/val[ptrb[k], ptre[k]) keeps.
 void count_rows(Matrix &a, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
                 const double *val, const Checked &ck) {
+  qrn_int32 *count = a.counts_to_update();
+  if (count == nullptr) return;
   for (qrn_int64 k = 0; k < num; ++k)
-    a.rowlen[line_of(k)] = static_cast<qrn_int32>(ck.kept == ck.total ? ptre[k] - ptrb[k]
+    count[line_of(k)] = static_cast<qrn_int32>(ck.kept == ck.total ? ptre[k] - ptrb[k]
                                                                         : count_kept(val, ptrb[k], ptre[k], a.tol));
 }
 
@@ -504,7 +519,8 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
                 const qrn_int32 *idx, const double *val, const Checked &ck) {
   Matrix &a = t.a;
   qrn_int64 old = 0;
-  for (qrn_int64 k = 0; k < num; ++k) old += a.rowlen[line_of(k)];
+  const qrn_int32 *counts = a.row_counts();  // recounted if dropped: the rows' old entries are to be known
+  for (qrn_int64 k = 0; k < num; ++k) old += counts[line_of(k)];
   const double tol = a.tol;
   bool increasing = true;  // rows given in order
   for (qrn_int64 k = 1; k < num && increasing && line_of.sub != nullptr; ++k) increasing = line_of(k - 1) < line_of(k);
@@ -646,7 +662,7 @@ LineView line_at(const Task &t, Dim d, qrn_int32 k, const char *what) {
 
 qrn_int32 line_size(const Task &t, Dim d, qrn_int32 k, const char *what) {
   check_index(d, k, count_of(t, d), what);
-  return d == Dim::col ? t.a.cols.len[k] : t.a.rowlen[k];
+  return d == Dim::col ? t.a.cols.len[k] : t.a.row_counts()[k];
 }
 
 void get_line(const Task &t, Dim d, qrn_int32 k, const char *what, qrn_int32 *nz, qrn_int32 *sub, double *val) {
@@ -658,7 +674,7 @@ void get_line(const Task &t, Dim d, qrn_int32 k, const char *what, qrn_int32 *nz
 
 qrn_int64 slice_nnz(const Task &t, Dim d, qrn_int32 first, qrn_int32 last) {
   check_slice(first, last, count_of(t, d), kind_of(d));
-  const qrn_int32 *len = d == Dim::col ? t.a.cols.len.data() : t.a.rowlen.data();
+  const qrn_int32 *len = d == Dim::col ? t.a.cols.len.data() : t.a.row_counts();
   qrn_int64 n = 0;
   for (qrn_int32 k = first; k < last; ++k) n += len[k];
   return n;
@@ -745,21 +761,19 @@ Bounds take_bounds(qrn_int32 n, const qrn_int32 *bk, const double *bl, const dou
 }
 
 // Builds the columns of A (fresh arrays, each column with exactly the room it
-// needs) and the count of entries of each row from numvar columns in
-// compressed form, checking them as it copies: row indexes below numcon,
+// needs) from numvar columns in compressed form, checking them as it copies: row indexes below numcon,
 // finite values, no row twice in a column. `total` is the sum of the lengths
 // of the columns. One pass over the caller's arrays; a column given out of
 // order is sorted afterwards.
-void take_cols(LineStore &cols, Pod<qrn_int32> &rowlen, qrn_int32 numcon, qrn_int32 numvar, const qrn_int64 *ptrb,
+void take_cols(LineStore &cols, qrn_int32 numcon, qrn_int32 numvar, const qrn_int64 *ptrb,
                const qrn_int64 *ptre, const qrn_int32 *sub, const double *val, qrn_int64 total, double tol) {
   cols.start.resize_uninit(numvar);
   cols.len.resize_uninit(numvar);
   cols.cap.resize_uninit(numvar);
   cols.idx.resize_uninit(static_cast<size_t>(total));
   cols.val.resize_uninit(static_cast<size_t>(total));
-  rowlen.resize(numcon, 0);
   // plain pointers, so that the loop keeps them in registers
-  qrn_int32 *oi = cols.idx.data(), *count = rowlen.data();
+  qrn_int32 *oi = cols.idx.data();
   double *ov = cols.val.data();
   qrn_int64 pos = 0;
   for (qrn_int32 j = 0; j < numvar; ++j) {
@@ -778,7 +792,6 @@ void take_cols(LineStore &cols, Pod<qrn_int32> &rowlen, qrn_int32 numcon, qrn_in
       const bool keep = std::fabs(v) > tol;
       oi[pos] = i;
       ov[pos] = v;
-      count[i] += keep;
       pos += keep;
     }
     if (!sorted) {
@@ -821,8 +834,7 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   need_array(asub, reach, "asub");
   need_array(aval, reach, "aval");
   LineStore cols;
-  Pod<qrn_int32> rowlen;
-  take_cols(cols, rowlen, numcon, numvar, aptrb, aptre, asub, aval, total, t.a.tol);
+  take_cols(cols, numcon, numvar, aptrb, aptre, asub, aval, total, t.a.tol);
   Pod<double> cnew;
   cnew.resize_uninit(numvar);
   if (c != nullptr) {
@@ -841,13 +853,14 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   // renumber. The arrays that are replaced whole go in before items are
   // appended, already of their new size, so that appending does not fill them
   // with defaults first; when items are removed they go in after.
+  // The row counts are dropped: the first row read counts them.
   Matrix &a = t.a;
-  a.drop_rows();
+  a.drop_counts();
   a.cols.clear();
   a.cols.add_lines(t.numvar);
   a.nnz = 0;
   const bool more_cons = numcon >= t.numcon, more_vars = numvar >= t.numvar;
-  auto put_cons = [&] { a.rowlen.swap(rowlen), t.conbound = std::move(con); };
+  auto put_cons = [&] { t.conbound = std::move(con); };
   auto put_vars = [&] { a.cols = std::move(cols), t.c.swap(cnew), t.varbound = std::move(var); };
   if (more_cons) put_cons();
   resize(t, Dim::row, numcon);
@@ -947,7 +960,7 @@ QRN_API qrn_rescode QRN_CALL QRN_putaij(qrn_task_t task, qrn_int32 i, qrn_int32 
     check_finite(aij, "aij");
     std::vector<Change> scratch;  // not used for one change
     const Change by_col{j, i, aij}, by_row{i, j, aij};
-    merge_line(t.a.cols, j, &by_col, &by_col + 1, t.a.tol, t.a.rowlen.data(), scratch);
+    merge_line(t.a.cols, j, &by_col, &by_col + 1, t.a.tol, t.a.counts_to_update(), scratch);
     t.a.nnz = t.a.cols.live;
     t.a.cols.tidy();
     if (t.a.rows_ready()) {

@@ -122,8 +122,10 @@ void LineStore::clear() {
 
 // ---- the matrix and its row-wise index ---------------------------------------------
 
-Matrix::Matrix(const Matrix &o) : cols(o.cols), rowlen(o.rowlen), nnz(o.nnz), maxnnz(o.maxnnz), tol(o.tol) {
+Matrix::Matrix(const Matrix &o) : cols(o.cols), nnz(o.nnz), maxnnz(o.maxnnz), tol(o.tol) {
   std::lock_guard<std::mutex> lock(o.mutex_.m);
+  rowlen = o.rowlen;
+  counted_.store(o.counts_ready(), std::memory_order_release);
   if (o.rows_ready()) {
     rows_ = o.rows_;
     ready_.store(true, std::memory_order_release);
@@ -139,6 +141,7 @@ Matrix &Matrix::operator=(const Matrix &o) {
   maxnnz = copy.maxnnz;
   tol = copy.tol;
   rows_ = std::move(copy.rows_);
+  counted_.store(copy.counts_ready(), std::memory_order_release);
   ready_.store(copy.rows_ready(), std::memory_order_release);
   return *this;
 }
@@ -149,14 +152,38 @@ void Matrix::drop_rows() {
   rows_.clear();
 }
 
+void Matrix::drop_counts() {
+  drop_rows();
+  counted_.store(false, std::memory_order_release);
+}
+
+void Matrix::count_locked() const {
+  qrn_int32 *count = rowlen.data();
+  std::fill(rowlen.begin(), rowlen.end(), 0);
+  for (qrn_int32 j = 0; j < cols.lines(); ++j) {
+    const qrn_int32 *ix = cols.idx_of(j);
+    for (qrn_int32 p = 0, n = cols.len[j]; p < n; ++p) ++count[ix[p]];
+  }
+  counted_.store(true, std::memory_order_release);
+}
+
+const qrn_int32 *Matrix::row_counts() const {
+  if (!counts_ready()) {
+    std::lock_guard<std::mutex> lock(mutex_.m);
+    if (!counts_ready()) count_locked();
+  }
+  return rowlen.data();
+}
+
 const LineStore &Matrix::rows() const {
   if (rows_ready()) return rows_;
   std::lock_guard<std::mutex> lock(mutex_.m);
   if (rows_ready()) return rows_;
+  if (!counts_ready()) count_locked();
   // One pass over the columns: every row gets exactly the room it needs, and
   // as the columns are visited in order each row comes out sorted.
   LineStore r;
-  const auto m = static_cast<qrn_int32>(rowlen.size());
+  const qrn_int32 m = numrows();
   r.start.resize_uninit(m);
   r.len.resize_uninit(m);
   r.cap.resize_uninit(m);
@@ -183,6 +210,39 @@ const LineStore &Matrix::rows() const {
   rows_ = std::move(r);
   ready_.store(true, std::memory_order_release);
   return rows_;
+}
+
+void Matrix::add_rows(qrn_int32 n) {
+  if (counts_ready()) rowlen.resize(rowlen.size() + n, 0);
+  else rowlen.resize_uninit(rowlen.size() + n);  // recounted when read
+  if (rows_ready()) rows_.add_lines(n);
+}
+
+void Matrix::drop_rows_at(const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  cols.renumber(newindex);
+  cols.tidy();
+  nnz = cols.live;
+  size_t w = 0;
+  for (size_t k = 0; k < rowlen.size() && counts_ready(); ++k)
+    if (newindex[k] >= 0) rowlen[w++] = rowlen[k];
+  rowlen.resize_uninit(static_cast<size_t>(count));
+  if (rows_ready()) rows_.drop_lines(newindex, count);
+}
+
+void Matrix::drop_cols_at(const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  if (counts_ready()) {
+    for (qrn_int32 j = 0; j < cols.lines(); ++j) {
+      if (newindex[j] >= 0) continue;
+      const qrn_int32 *ix = cols.idx_of(j);
+      for (qrn_int32 p = 0; p < cols.len[j]; ++p) --rowlen[ix[p]];
+    }
+  }
+  cols.drop_lines(newindex, count);
+  nnz = cols.live;
+  if (rows_ready()) {
+    rows_.renumber(newindex);
+    rows_.tidy();
+  }
 }
 
 // ---- quadratic terms ----------------------------------------------------------------

@@ -2,9 +2,9 @@
 // speed of memory and that readers (and the optimizer) read without conversion.
 //
 //   Matrix   the constraint matrix A: by column (always current) in one pool of
-//            compressed lines with room to grow, the count of entries of every
-//            row, and a row-wise index derived from the columns when a row is
-//            read (see Matrix below for when it is rebuilt).
+//            compressed lines with room to grow; the count of entries of every
+//            row and a row-wise index derived from the columns when a row is
+//            read (see Matrix below for when they are rebuilt).
 //   Bounds   key, lower and upper side of each constraint or variable, one
 //            array each.
 //   QTerms   the terms of one symmetric quadratic matrix as sorted triplets.
@@ -72,15 +72,19 @@ struct LineStore {
   void clear();    // no lines, memory given back
 };
 
-// The constraint matrix. Columns are the primary store; rowlen[i] counts the
-// entries of row i at all times. The row-wise index (rows(): line i holds row
-// i, entries indexed by column) is derived: writers keep it in step while they
-// change few entries and drop it when they change many (more than an eighth of
-// A); the next row read rebuilds it from the columns in one pass, once,
-// under a lock, so concurrent readers are safe. nnz always equals cols.live.
+// The constraint matrix. Columns are the primary store; the rest is derived
+// from them and rebuilt when a reader needs it, in one pass, once, under a
+// lock, so concurrent readers are safe:
+//   - the count of entries of each row (rowlen: one per row at all times, its
+//     values current while counts_ready());
+//   - the row-wise index (rows(): line i holds row i, entries indexed by column).
+// Writers keep both in step while they change few entries and drop them when
+// they change many (more than an eighth of A): the index with the counts, or
+// the index alone. The index is never kept without the counts. nnz always
+// equals cols.live.
 struct Matrix {
   LineStore cols;
-  Pod<qrn_int32> rowlen;
+  mutable Pod<qrn_int32> rowlen;  // read through row_counts()
   qrn_int64 nnz = 0;
   qrn_int64 maxnnz = 0;  // capacity hint given by the caller; never allocated
   double tol = 0.0;      // entries with |value| <= tol are not stored
@@ -89,17 +93,31 @@ struct Matrix {
   Matrix(const Matrix &o);
   Matrix &operator=(const Matrix &o);
 
+  qrn_int32 numrows() const { return static_cast<qrn_int32>(rowlen.size()); }
+  bool counts_ready() const { return counted_.load(std::memory_order_acquire); }
   bool rows_ready() const { return ready_.load(std::memory_order_acquire); }
+  const qrn_int32 *row_counts() const;           // recounted when dropped
   const LineStore &rows() const;                 // the row-wise index, rebuilt when dropped
   LineStore &rows_to_update() { return rows_; }  // for writers, only while rows_ready()
+  // The row counts for a writer to keep in step, or null when they are dropped.
+  qrn_int32 *counts_to_update() { return counts_ready() ? rowlen.data() : nullptr; }
   void drop_rows();
-  // True when a change of `changes` entries should drop the row-wise index
+  void drop_counts();  // and the row-wise index
+  // True when a change of `changes` entries should drop the derived data
   // rather than update it.
   bool many(qrn_int64 changes) const { return changes > 64 && changes > nnz / 8; }
 
+  // Structure: rows appended (empty) or removed (newindex as for LineStore),
+  // columns removed; the derived data follows when it is kept.
+  void add_rows(qrn_int32 n);
+  void drop_rows_at(const std::vector<qrn_int32> &newindex, qrn_int32 count);
+  void drop_cols_at(const std::vector<qrn_int32> &newindex, qrn_int32 count);
+
  private:
+  void count_locked() const;
   mutable LineStore rows_;
   mutable std::atomic<bool> ready_{false};
+  mutable std::atomic<bool> counted_{true};
   mutable OwnMutex mutex_;
 };
 
