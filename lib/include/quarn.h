@@ -914,17 +914,18 @@ QRN_API qrn_rescode QRN_CALL QRN_writedatahandle(qrn_task_t task, qrn_write_fn f
 /* ======================================================================= */
 
 /* Cost of reading and writing A. The matrix is stored by column; the counts
-   (getnumanz64, getarownumnz, getacolnumnz, the slice counts) and a column
-   (getacol, getacolslice64, getacolslicetrip, getatrip, getaij) are read in
-   time proportional to the answer. Rows are read from a row-wise index that
-   the library derives from the columns: writers that change few entries keep
-   it up to date, and a writer that changes many (more than an eighth of the
-   non-zeros) drops it; the next row read (getarow, getarowslice64,
-   getarowslicetrip) rebuilds it once, in time proportional to the size of A,
-   which amortizes over the bulk write that dropped it. Replacing rows that
-   hold entries (putarow, putarowslice64, putarowlist64) reads the same index.
-   Every writer checks its whole input before it changes anything: a failing
-   call leaves the task as it was. */
+   (getnumanz64, getacolnumnz, getacolslicenumnz64) and a column (getacol,
+   getacolslice64, getacolslicetrip, getatrip, getaij) are read in time
+   proportional to the answer. Rows, and the count of entries of each row, are
+   derived from the columns: writers that change few entries keep them up to
+   date, and a writer that changes many (more than an eighth of the non-zeros,
+   or inputdata64) drops them; the next row count (getarownumnz,
+   getarowslicenumnz64) or row read (getarow, getarowslice64,
+   getarowslicetrip) rebuilds what it needs once, in time proportional to the
+   size of A, which amortizes over the bulk write that dropped it. Replacing
+   rows (putarow, putarowslice64, putarowlist64) needs the row counts, and the
+   row-wise index when those rows hold entries. Every writer checks its whole
+   input before it changes anything: a failing call leaves the task as it was. */
 
 QRN_API qrn_rescode QRN_CALL QRN_appendcons(qrn_task_t task, qrn_int32 num);
 QRN_API qrn_rescode QRN_CALL QRN_appendvars(qrn_task_t task, qrn_int32 num);

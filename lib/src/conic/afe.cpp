@@ -2,9 +2,10 @@
 //
 // F is kept by row (sorted by variable); AfeStore::colrows lists per variable
 // the rows that may hold it, so that a column is cleared without scanning all
-// rows. A row written again only adds the variables it did not hold; a column
-// list that grows to twice its true count is compacted, which keeps its
-// length within a constant factor of the column's true length.
+// rows (sized to the variables when F is written). A row written again only
+// adds the variables it did not hold; a column list that grows to twice its
+// true count is compacted, which keeps its length within a constant factor of
+// the column's true length.
 #include "conic.hpp"
 #include "semidefinite.hpp"
 
@@ -249,10 +250,13 @@ void set_frow(Task &t, qrn_int64 r, std::vector<FEntry> entries) {
   for (qrn_int32 j : arriving) column_gains(f, j, r);
 }
 
-void conic_append_vars(Task &t) { fit_columns(t); }
+// The column index is sized by the writers of F when they use it (fit_columns):
+// a task without F does not pay for it on every variable appended.
+void conic_append_vars(Task &) {}
 
 void conic_remove_vars(Task &t, const std::vector<bool> &remove) {
   AfeStore &f = t.conic.afe;
+  if (f.colrows.empty() && f.nnz == 0) return;  // no column index yet: nothing to renumber
   std::vector<qrn_int32> newindex(remove.size());
   qrn_int32 next = 0;
   for (size_t k = 0; k < remove.size(); ++k) newindex[k] = remove[k] ? -1 : next++;
