@@ -12,8 +12,14 @@
 
 namespace qrn {
 namespace ipm {
+namespace {
+// The supernodal factorization's dynamic regularisation (the data are
+// equilibrated, so absolute values serve).
+constexpr double kDynamicEps = 1e-13;
+constexpr double kDynamicDelta = 2e-7;
+}  // namespace
 
-Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
+Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks, int method)
     : n_(A.ncols), m_(A.nrows), blocks_(blocks) {
   int N = n_ + m_;
   // A by rows, column indexes ascending.
@@ -78,7 +84,9 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
   common_->nmethods = 1;
   common_->method[0].ordering = CHOLMOD_AMD;
   common_->postorder = 1;
-  common_->supernodal = CHOLMOD_SIMPLICIAL;
+  // CHOLMOD's rule picks the method: supernodal when the factorization has
+  // many operations per entry of the factor.
+  common_->supernodal = method == 1 ? CHOLMOD_SIMPLICIAL : method == 2 ? CHOLMOD_SUPERNODAL : CHOLMOD_AUTO;
   common_->final_ll = 0;
   common_->final_asis = 1;
   common_->quick_return_if_not_posdef = 0;
@@ -102,9 +110,26 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
       throw std::bad_alloc();
     }
     b_ = cholmod_allocate_dense(N, 1, N, CHOLMOD_REAL, common_);
+    lnz_ = common_->lnz;
+    if (l_->is_super) {
+      try {
+        ldl_ = std::make_unique<SupernodalLdl>(l_, colptr_, rowind_);
+      } catch (...) {
+        cholmod_free_dense(&b_, common_);
+        cholmod_free_factor(&l_, common_);
+        cholmod_free_sparse(&k_, common_);
+        cholmod_finish(common_);
+        delete common_;
+        throw;
+      }
+      cholmod_free_factor(&l_, common_);
+    }
   }
   r_.assign(N, 0.0);
   d_.assign(N, 0.0);
+  reg_.assign(N, 0.0);
+  sign_.assign(N, -1.0);
+  std::fill(sign_.begin(), sign_.begin() + n_, 1.0);
 }
 
 Kkt::~Kkt() {
@@ -136,6 +161,14 @@ bool Kkt::factor(double reg) {
   int N = n_ + m_;
   if (N == 0) return ok_ = true;
   auto t0 = std::chrono::steady_clock::now();
+  if (ldl_) {
+    std::fill(reg_.begin(), reg_.begin() + n_, reg);
+    std::fill(reg_.begin() + n_, reg_.end(), -reg);
+    ok_ = ldl_->factor(val_, reg_, sign_, kDynamicEps, kDynamicDelta);
+    factor_seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    ++factor_count_;
+    return ok_;
+  }
   double *x = static_cast<double *>(k_->x);
   std::copy(val_.begin(), val_.end(), x);
   for (int j = 0; j < n_; ++j) x[diag_[j]] += reg;
@@ -160,6 +193,10 @@ void Kkt::mul(const double *x, double *y) const {
 
 void Kkt::solve_once(const double *rhs, double *sol) {
   int N = n_ + m_;
+  if (ldl_) {
+    ldl_->solve(rhs, sol);
+    return;
+  }
   std::copy(rhs, rhs + N, static_cast<double *>(b_->x));
   if (!cholmod_solve2(CHOLMOD_A, l_, b_, nullptr, &x_, nullptr, &y_, &e_, common_)) {
     std::fill(sol, sol + N, NAN);
@@ -190,7 +227,7 @@ double Kkt::solve(const double *rhs, double *sol, int refine_iter) {
   };
   double rn = residual();
   double tol = 1e-14 * (1 + bnorm);
-  std::vector<double> prev;
+  std::vector<double> &prev = prev_;
   for (int it = 0; it < refine_iter && rn > tol; ++it) {
     solve_once(r_.data(), d_.data());
     prev.assign(sol, sol + N);

@@ -4,14 +4,17 @@
 //       [ A        -(H + d I) ]
 //
 // with H block diagonal by cone, kept as its upper triangle in a fixed sparsity
-// pattern, ordered once (AMD) and factored as L D L' (CHOLMOD, simplicial)
-// every iteration. d is a small static regularisation; solves refine against
-// K without it.
+// pattern, ordered and analysed once (AMD, CHOLMOD) and factored as L D L'
+// every iteration: by CHOLMOD's simplicial method when the factor stays
+// sparse, else by the supernodal one of ipm_ldl.hpp. d is a small static
+// regularisation; solves refine against K without it.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "ipm.hpp"
+#include "ipm_ldl.hpp"
 
 struct cholmod_common_struct;
 struct cholmod_sparse_struct;
@@ -29,7 +32,8 @@ struct KktBlock {
 class Kkt {
  public:
   // P: n x n upper triangle; A: m x n; blocks cover the rows of A.
-  Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks);
+  // method: as Settings::kkt_method.
+  Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks, int method = 0);
   ~Kkt();
   Kkt(const Kkt &) = delete;
   Kkt &operator=(const Kkt &) = delete;
@@ -44,6 +48,9 @@ class Kkt {
   int size() const { return n_ + m_; }
   double factor_seconds() const { return factor_seconds_; }
   int factor_count() const { return factor_count_; }
+  bool supernodal() const { return ldl_ != nullptr; }
+  // Entries of the factor L (with its diagonal).
+  double factor_entries() const { return lnz_; }
 
  private:
   void mul(const double *x, double *y) const;  // y = K x (no regularisation)
@@ -59,7 +66,9 @@ class Kkt {
   cholmod_sparse_struct *k_ = nullptr;
   cholmod_factor_struct *l_ = nullptr;
   cholmod_dense_struct *b_ = nullptr, *x_ = nullptr, *y_ = nullptr, *e_ = nullptr;
-  std::vector<double> r_, d_;
+  std::unique_ptr<SupernodalLdl> ldl_;
+  std::vector<double> r_, d_, prev_, reg_, sign_;
+  double lnz_ = 0;
   double factor_seconds_ = 0;
   int factor_count_ = 0;
   bool ok_ = false;

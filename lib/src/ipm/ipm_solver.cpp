@@ -271,7 +271,7 @@ void Engine::prepare() {
     blocks.push_back({off, c.dim, ci_.diagonal()});
     off += c.dim;
   }
-  kkt_ = std::make_unique<Kkt>(P_, A_, blocks);
+  kkt_ = std::make_unique<Kkt>(P_, A_, blocks, st_.kkt_method);
 }
 
 void Engine::equilibrate() {
@@ -452,6 +452,8 @@ void Engine::finish(Result &res, Status status, const std::string &why) {
   if (kkt_) {
     res.factor_time = kkt_->factor_seconds();
     res.factorizations = kkt_->factor_count();
+    res.factor_entries = kkt_->factor_entries();
+    res.supernodal = kkt_->supernodal();
   }
 }
 
