@@ -17,6 +17,7 @@ namespace {
 constexpr int kBlock = 48;
 constexpr long kSmallProduct = 4096;
 constexpr int kSmallSolve = 16;
+constexpr int kStrip = 192;
 
 }  // namespace
 
@@ -141,15 +142,20 @@ bool SupernodalLdl::factor_panel(int s) {
     }
     int j2 = jb + w;
     if (j2 >= ncols) break;
-    int m2 = lda - j2, nc2 = ncols - j2;
+    int m2 = lda - j2;
     double *w2 = w_.data();
     for (int c = 0; c < w; ++c) {
       const double *src = p + size_t(jb + c) * lda + j2;
       double f = dv[jb + c];
       for (int i = 0; i < m2; ++i) w2[i + size_t(c) * m2] = src[i] * f;
     }
-    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, m2, nc2, w, -1.0, w2, m2, p + size_t(jb) * lda + j2, lda,
-                1.0, p + size_t(j2) * lda + j2, lda);
+    // The trailing columns in strips, each from its diagonal down, so that
+    // little of the upper triangle is computed.
+    for (int c0 = j2; c0 < ncols; c0 += kStrip) {
+      int cw = std::min(kStrip, ncols - c0);
+      cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, lda - c0, cw, w, -1.0, w2 + (c0 - j2), m2,
+                  p + size_t(jb) * lda + c0, lda, 1.0, p + size_t(c0) * lda + c0, lda);
+    }
   }
   return true;
 }
