@@ -2,8 +2,6 @@
 #include "ipm_kkt.hpp"
 
 #include <cholmod.h>
-#include <cstdio>
-#include <cstdlib>
 
 #include <algorithm>
 #include <chrono>
@@ -85,10 +83,6 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks, int me
   common_->error_handler = nullptr;
   common_->nmethods = 1;
   common_->method[0].ordering = CHOLMOD_AMD;
-  if (getenv("QRN_ORD")) {
-    int o = atoi(getenv("QRN_ORD"));
-    if (o < 0) common_->nmethods = 0; else common_->method[0].ordering = o;
-  }
   common_->postorder = 1;
   // CHOLMOD's rule picks the method: supernodal when the factorization has
   // many operations per entry of the factor.
@@ -117,7 +111,6 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks, int me
     }
     b_ = cholmod_allocate_dense(N, 1, N, CHOLMOD_REAL, common_);
     lnz_ = common_->lnz;
-    if (getenv("QRN_DBG")) fprintf(stderr, "DBG fl %g lnz %g N %d nsuper %d\n", common_->fl, common_->lnz, N, int(l_->nsuper));
     if (l_->is_super) {
       try {
         ldl_ = std::make_unique<SupernodalLdl>(l_, colptr_, rowind_);
