@@ -599,7 +599,7 @@ TEST(ipm_barrier_derivatives_match_differences) {
 // entries, diagonal and dense cone blocks) solved by the simplicial and the
 // supernodal factorization: both must solve it to rounding, and agree. The
 // pattern fills in, so the supernodal one meets large panels (blocked, with
-// matrix products) as well as small ones.
+// matrix products, shared among threads) as well as small ones.
 TEST(ipm_kkt_simplicial_and_supernodal_agree) {
   std::mt19937 gen(7);
   std::uniform_real_distribution<double> u(-1, 1);
@@ -653,8 +653,10 @@ TEST(ipm_kkt_simplicial_and_supernodal_agree) {
     Vec rhs(n + m);
     for (double &v : rhs) v = u(gen);
     std::vector<Vec> sols;
-    for (int method : {1, 2}) {
+    for (int config = 0; config < 3; ++config) {  // simplicial; supernodal on one thread, on two
+      int method = config == 0 ? 1 : 2;
       Kkt kkt(P, A, blocks, method);
+      kkt.set_threads(config == 2 ? 2 : 1);
       CHECK_EQ(kkt.supernodal(), method == 2);
       for (size_t b = 0; b < blocks.size(); ++b) kkt.set_block(int(b), hs[b].data());
       CHECK(kkt.factor(0.0));
@@ -667,5 +669,6 @@ TEST(ipm_kkt_simplicial_and_supernodal_agree) {
     for (int i = 0; i < n + m; ++i)
       diff = std::max(diff, std::fabs(sols[0][i] - sols[1][i])), scale = std::max(scale, std::fabs(sols[0][i]));
     CHECK(diff <= 1e-10 * scale);
+    CHECK(sols[1] == sols[2]);  // the threads share the work, not the arithmetic
   }
 }

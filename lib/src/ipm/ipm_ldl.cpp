@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <thread>
 
 namespace qrn {
 namespace ipm {
@@ -18,6 +19,21 @@ constexpr int kBlock = 48;
 constexpr long kSmallProduct = 4096;
 constexpr int kSmallSolve = 16;
 constexpr int kStrip = 192;
+// A product of at least this many multiply-adds is shared among the threads.
+constexpr double kParallelWork = 2e6;
+
+// Runs f(t) for t = 0 .. threads-1, each on its own thread (t = 0 on the caller's).
+template <class F> void run_parallel(int threads, const F &f) {
+  if (threads <= 1) {
+    f(0);
+    return;
+  }
+  std::vector<std::thread> pool;
+  pool.reserve(threads - 1);
+  for (int t = 1; t < threads; ++t) pool.emplace_back([&f, t] { f(t); });
+  f(0);
+  for (auto &th : pool) th.join();
+}
 
 }  // namespace
 
@@ -100,13 +116,23 @@ void SupernodalLdl::update(int d, int s, int pdi1, int pdi2) {
     for (int i = 0; i < ndrow2; ++i) w[i + size_t(c) * ndrow2] = ld[i + size_t(c) * nsrow_d] * dd[c];
   if (c_.size() < size_t(ndrow1) * ndrow2) c_.resize(size_t(ndrow1) * ndrow2);
   double *cm = c_.data();
-  cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, ndrow2, ndrow1, ndcol, 1.0, w, ndrow2, ld, nsrow_d, 0.0, cm,
-              ndrow2);
-  for (int j = 0; j < ndrow1; ++j) {
-    double *col = ps + size_t(rows[j] - k1) * nsrow;
-    const double *cj = cm + size_t(j) * ndrow2;
-    for (int i = j; i < ndrow2; ++i) col[map_[rows[i]]] -= cj[i];
-  }
+  // C = W L1' in strips of columns, each from its diagonal down, scattered
+  // into the panel of s strip by strip (the strips touch distinct columns).
+  int nstrips = (ndrow1 + kStrip - 1) / kStrip;
+  int threads = double(ndrow1) * ndrow2 * ndcol >= kParallelWork ? std::min(threads_, nstrips) : 1;
+  run_parallel(threads, [&](int t) {
+    for (int st = t; st < nstrips; st += threads) {
+      int j0 = st * kStrip, jw = std::min(kStrip, ndrow1 - j0);
+      double *cj0 = cm + size_t(j0) * ndrow2 + j0;
+      cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, ndrow2 - j0, jw, ndcol, 1.0, w + j0, ndrow2, ld + j0,
+                  nsrow_d, 0.0, cj0, ndrow2);
+      for (int j = j0; j < j0 + jw; ++j) {
+        double *col = ps + size_t(rows[j] - k1) * nsrow;
+        const double *cj = cm + size_t(j) * ndrow2;
+        for (int i = j; i < ndrow2; ++i) col[map_[rows[i]]] -= cj[i];
+      }
+    }
+  });
 }
 
 // Factors the panel of s in place once every update has reached it.
@@ -151,11 +177,15 @@ bool SupernodalLdl::factor_panel(int s) {
     }
     // The trailing columns in strips, each from its diagonal down, so that
     // little of the upper triangle is computed.
-    for (int c0 = j2; c0 < ncols; c0 += kStrip) {
-      int cw = std::min(kStrip, ncols - c0);
-      cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, lda - c0, cw, w, -1.0, w2 + (c0 - j2), m2,
-                  p + size_t(jb) * lda + c0, lda, 1.0, p + size_t(c0) * lda + c0, lda);
-    }
+    int nstrips = (ncols - j2 + kStrip - 1) / kStrip;
+    int threads = double(m2) * (ncols - j2) * w >= kParallelWork ? std::min(threads_, nstrips) : 1;
+    run_parallel(threads, [&](int t) {
+      for (int st = t; st < nstrips; st += threads) {
+        int c0 = j2 + st * kStrip, cw = std::min(kStrip, ncols - c0);
+        cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, lda - c0, cw, w, -1.0, w2 + (c0 - j2), m2,
+                    p + size_t(jb) * lda + c0, lda, 1.0, p + size_t(c0) * lda + c0, lda);
+      }
+    });
   }
   return true;
 }

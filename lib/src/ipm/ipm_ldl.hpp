@@ -8,6 +8,7 @@
 // factor fills in.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -34,6 +35,8 @@ class SupernodalLdl {
   // x = M^-1 b, M the matrix last factored (x may be b).
   void solve(const double *b, double *x) const;
 
+  // Threads for the large matrix products (1: the caller's only).
+  void set_threads(int threads) { threads_ = std::max(1, threads); }
   int size() const { return n_; }
   size_t factor_entries() const { return lx_.size(); }
   int supernodes() const { return nsuper_; }
@@ -42,7 +45,7 @@ class SupernodalLdl {
   bool factor_panel(int s);
   void update(int d, int s, int pdi1, int pdi2);
 
-  int n_ = 0, nsuper_ = 0;
+  int n_ = 0, nsuper_ = 0, threads_ = 1;
   std::vector<int> perm_;           // row k of the factor is row perm_[k] of the matrix
   std::vector<int> super_, pi_;     // first column and first pattern entry of each supernode
   std::vector<size_t> px_;          // first value of each supernode's panel (nsrow x ncols by columns)

@@ -15,6 +15,7 @@
 #include <numeric>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -272,6 +273,8 @@ void Engine::prepare() {
     off += c.dim;
   }
   kkt_ = std::make_unique<Kkt>(P_, A_, blocks, st_.kkt_method);
+  int threads = st_.threads > 0 ? st_.threads : int(std::thread::hardware_concurrency());
+  kkt_->set_threads(std::max(1, threads));
 }
 
 void Engine::equilibrate() {

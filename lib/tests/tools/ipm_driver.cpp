@@ -12,6 +12,7 @@
 // Output: "status S", "iterations K", "pobj V", "dobj V", "time T", "factor_time T",
 // "factorizations F", then lines "x ...", "s ...", "y ...".
 #include <cstdio>
+#include <cstdlib>
 #include <algorithm>
 #include <fstream>
 #include <iostream>
@@ -19,6 +20,8 @@
 #include <string>
 #include <tuple>
 #include <vector>
+
+#include <cblas.h>
 
 #include "ipm.hpp"
 
@@ -42,16 +45,18 @@ static Csc read_matrix(std::istream &in, int m, int n) {
 
 int main(int argc, char **argv) {
   if (argc < 2) {
-    std::fprintf(stderr, "usage: %s problem.txt [-v] [-k0|-k1|-k2]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s problem.txt [-v] [-k0|-k1|-k2] [-tTHREADS] [-rREG]\n", argv[0]);
     return 2;
   }
   std::ifstream in(argv[1]);
+  openblas_set_num_threads(1);  // as the library does
   bool verbose = false;
   Settings st;
   for (int a = 2; a < argc; ++a) {
     std::string opt(argv[a]);
     if (opt == "-v") verbose = true;
     if (opt.size() == 3 && opt.compare(0, 2, "-k") == 0) st.kkt_method = opt[2] - '0';  // -k0, -k1, -k2
+    if (opt.compare(0, 2, "-t") == 0) st.threads = std::atoi(opt.c_str() + 2);  // -t2
     if (opt.compare(0, 2, "-r") == 0) st.static_reg = std::atof(opt.c_str() + 2);  // -r1e-8
   }
   Problem pb;
