@@ -526,11 +526,52 @@ class PowerBarrier : public Barrier {
 // Solves H x = b for a symmetric positive definite H (n x n by columns),
 // falling back to an eigenvalue decomposition when Cholesky fails on an
 // ill-conditioned H. h is overwritten.
+// Cholesky solve of a small SPD system in plain loops (LAPACK's call
+// overhead dominates at these sizes); false when a pivot is not positive.
+bool small_chol_solve(int n, const double *h, double *b) {
+  double buf[256];
+  std::vector<double> big;
+  double *c = buf;
+  if (size_t(n) * n > 256) {
+    big.resize(size_t(n) * n);
+    c = big.data();
+  }
+  for (int j = 0; j < n; ++j) {
+    double d = h[j + size_t(j) * n];
+    for (int k = 0; k < j; ++k) d -= c[j + size_t(k) * n] * c[j + size_t(k) * n];
+    if (!(d > 0)) return false;
+    d = std::sqrt(d);
+    c[j + size_t(j) * n] = d;
+    for (int i = j + 1; i < n; ++i) {
+      double v = h[i + size_t(j) * n];
+      for (int k = 0; k < j; ++k) v -= c[i + size_t(k) * n] * c[j + size_t(k) * n];
+      c[i + size_t(j) * n] = v / d;
+    }
+  }
+  for (int i = 0; i < n; ++i) {
+    double v = b[i];
+    for (int k = 0; k < i; ++k) v -= c[i + size_t(k) * n] * b[k];
+    b[i] = v / c[i + size_t(i) * n];
+  }
+  for (int i = n - 1; i >= 0; --i) {
+    double v = b[i];
+    for (int k = i + 1; k < n; ++k) v -= c[k + size_t(i) * n] * b[k];
+    b[i] = v / c[i + size_t(i) * n];
+  }
+  return true;
+}
+
 void spd_solve(int n, double *h, double *b) {
-  std::vector<double> c(h, h + size_t(n) * n);
-  if (LAPACKE_dpotrf(LAPACK_COL_MAJOR, 'L', n, c.data(), n) == 0) {
-    LAPACKE_dpotrs(LAPACK_COL_MAJOR, 'L', n, 1, c.data(), n, b, n);
-    return;
+  if (n <= 16) {
+    std::vector<double> keep(b, b + n);
+    if (small_chol_solve(n, h, b)) return;
+    std::copy(keep.begin(), keep.end(), b);
+  } else {
+    std::vector<double> c(h, h + size_t(n) * n);
+    if (LAPACKE_dpotrf(LAPACK_COL_MAJOR, 'L', n, c.data(), n) == 0) {
+      LAPACKE_dpotrs(LAPACK_COL_MAJOR, 'L', n, 1, c.data(), n, b, n);
+      return;
+    }
   }
   std::vector<double> ev(n), t(n, 0.0);
   LAPACKE_dsyev(LAPACK_COL_MAJOR, 'V', 'L', n, h, n, ev.data());
@@ -566,7 +607,7 @@ class NonsymCone : public ConeImpl {
       for (int i = 0; i < n; ++i) g[i] += x[i], h[i + size_t(i) * n] += 1;
       if (norm2(n, g.data()) < 1e-14 * (1 + norm2(n, x.data()))) break;
       for (int i = 0; i < n; ++i) step[i] = -g[i];
-      if (LAPACKE_dposv(LAPACK_COL_MAJOR, 'L', n, 1, h.data(), n, step.data(), n) != 0) break;
+      if (!small_chol_solve(n, h.data(), step.data())) break;
       double t = 1, f0 = merit(x.data()), slope = dot(n, g.data(), step.data());
       for (int ls = 0; ls < 60; ++ls, t /= 2) {
         for (int i = 0; i < n; ++i) trial[i] = x[i] + t * step[i];
@@ -660,7 +701,9 @@ class NonsymCone : public ConeImpl {
   }
   void block(double *out) const override { std::copy(h_.begin(), h_.end(), out); }
   void mul_h(const double *v, double *out) const override {
-    cblas_dgemv(CblasColMajor, CblasNoTrans, dim, dim, 1.0, h_.data(), dim, v, 1, 0.0, out, 1);
+    std::fill(out, out + dim, 0.0);
+    for (int j = 0; j < dim; ++j)
+      for (int i = 0; i < dim; ++i) out[i] += h_[i + size_t(j) * dim] * v[j];
   }
   void affine_rhs(const double *s, const double *, double *ds) const override { std::copy(s, s + dim, ds); }
   void combined_rhs(const double *s, const double *, const double *ds_a, const double *dz_a, double sigma_mu,
