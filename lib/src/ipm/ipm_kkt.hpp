@@ -49,9 +49,9 @@ class Kkt {
   double factor_seconds() const { return factor_seconds_; }
   int factor_count() const { return factor_count_; }
   bool supernodal() const { return ldl_ != nullptr; }
-  // Threads of the supernodal factorization.
-  void set_threads(int threads) {
-    if (ldl_) ldl_->set_threads(threads);
+  // Threads of the supernodal factorization (see SupernodalLdl::set_threads).
+  void set_threads(int threads, double parallel_work = 2e6) {
+    if (ldl_) ldl_->set_threads(threads, parallel_work);
   }
   // Entries of the factor L (with its diagonal).
   double factor_entries() const { return lnz_; }

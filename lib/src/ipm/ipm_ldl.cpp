@@ -19,8 +19,6 @@ constexpr int kBlock = 48;
 constexpr long kSmallProduct = 4096;
 constexpr int kSmallSolve = 16;
 constexpr int kStrip = 192;
-// A product of at least this many multiply-adds is shared among the threads.
-constexpr double kParallelWork = 2e6;
 
 // Runs f(t) for t = 0 .. threads-1, each on its own thread (t = 0 on the caller's).
 template <class F> void run_parallel(int threads, const F &f) {
@@ -119,7 +117,23 @@ void SupernodalLdl::update(int d, int s, int pdi1, int pdi2) {
   // C = W L1' in strips of columns, each from its diagonal down, scattered
   // into the panel of s strip by strip (the strips touch distinct columns).
   int nstrips = (ndrow1 + kStrip - 1) / kStrip;
-  int threads = double(ndrow1) * ndrow2 * ndcol >= kParallelWork ? std::min(threads_, nstrips) : 1;
+  int threads = double(ndrow1) * ndrow2 * ndcol >= parallel_work_ ? threads_ : 1;
+  if (threads > nstrips) {
+    // Too few strips to share: the threads take row ranges of C instead
+    // (entries above the diagonal in the top rows are computed, not used).
+    run_parallel(threads, [&](int t) {
+      int r0 = int(long(ndrow2) * t / threads), r1 = int(long(ndrow2) * (t + 1) / threads);
+      if (r1 <= r0) return;
+      cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, r1 - r0, ndrow1, ndcol, 1.0, w + r0, ndrow2, ld,
+                  nsrow_d, 0.0, cm + r0, ndrow2);
+      for (int j = 0; j < ndrow1; ++j) {
+        double *col = ps + size_t(rows[j] - k1) * nsrow;
+        const double *cj = cm + size_t(j) * ndrow2;
+        for (int i = std::max(j, r0); i < r1; ++i) col[map_[rows[i]]] -= cj[i];
+      }
+    });
+    return;
+  }
   run_parallel(threads, [&](int t) {
     for (int st = t; st < nstrips; st += threads) {
       int j0 = st * kStrip, jw = std::min(kStrip, ndrow1 - j0);
@@ -178,7 +192,18 @@ bool SupernodalLdl::factor_panel(int s) {
     // The trailing columns in strips, each from its diagonal down, so that
     // little of the upper triangle is computed.
     int nstrips = (ncols - j2 + kStrip - 1) / kStrip;
-    int threads = double(m2) * (ncols - j2) * w >= kParallelWork ? std::min(threads_, nstrips) : 1;
+    int threads = double(m2) * (ncols - j2) * w >= parallel_work_ ? threads_ : 1;
+    if (threads > nstrips) {
+      // A tall panel: the threads take row ranges of the trailing columns.
+      run_parallel(threads, [&](int t) {
+        int r0 = j2 + int(long(m2) * t / threads), r1 = j2 + int(long(m2) * (t + 1) / threads);
+        int cols = std::min(ncols, r1) - j2;
+        if (r1 <= r0 || cols <= 0) return;
+        cblas_dgemm(CblasColMajor, CblasNoTrans, CblasTrans, r1 - r0, cols, w, -1.0, w2 + (r0 - j2), m2,
+                    p + size_t(jb) * lda + j2, lda, 1.0, p + size_t(j2) * lda + r0, lda);
+      });
+      continue;
+    }
     run_parallel(threads, [&](int t) {
       for (int st = t; st < nstrips; st += threads) {
         int c0 = j2 + st * kStrip, cw = std::min(kStrip, ncols - c0);

@@ -35,8 +35,12 @@ class SupernodalLdl {
   // x = M^-1 b, M the matrix last factored (x may be b).
   void solve(const double *b, double *x) const;
 
-  // Threads for the large matrix products (1: the caller's only).
-  void set_threads(int threads) { threads_ = std::max(1, threads); }
+  // Threads for the matrix products of at least parallel_work multiply-adds
+  // (1: the caller's only).
+  void set_threads(int threads, double parallel_work = 2e6) {
+    threads_ = std::max(1, threads);
+    parallel_work_ = parallel_work;
+  }
   int size() const { return n_; }
   size_t factor_entries() const { return lx_.size(); }
   int supernodes() const { return nsuper_; }
@@ -46,6 +50,7 @@ class SupernodalLdl {
   void update(int d, int s, int pdi1, int pdi2);
 
   int n_ = 0, nsuper_ = 0, threads_ = 1;
+  double parallel_work_ = 2e6;
   std::vector<int> perm_;           // row k of the factor is row perm_[k] of the matrix
   std::vector<int> super_, pi_;     // first column and first pattern entry of each supernode
   std::vector<size_t> px_;          // first value of each supernode's panel (nsrow x ncols by columns)
