@@ -86,6 +86,9 @@ struct Settings {
   // when the factor stays sparse, supernodal when it fills in), 1 always
   // simplicial, 2 always supernodal.
   int kkt_method = 0;
+  // Quadratic cones of more entries than this enter the KKT matrix in a
+  // sparse form (diagonal plus two rows and columns) instead of a dense block.
+  int soc_expand_dim = 16;
   // Threads for the supernodal factorization's large matrix products
   // (OpenBLAS itself is expected to run one thread per call); 0: one per core.
   int threads = 1;

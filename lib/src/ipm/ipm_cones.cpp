@@ -158,6 +158,17 @@ class SocCone : public ConeImpl {
     out[0] -= e2;
     for (int i = 1; i < dim; ++i) out[i + i * dim] += e2;
   }
+  // H = eta^2 (2 w w' - J) = eta^2 (D + u u' - v v') with D = diag(d0, 1, ..., 1),
+  // u = (u0, u1 wb), v = (0, v1 wb), wb = w1:: matching the entries needs
+  // d0 + u0^2 = 2 w0^2 - 1, u0 u1 = 2 w0, u1^2 - v1^2 = 2; d0 = 1/2 keeps u0 >= 1/sqrt2.
+  bool expansion(double *d, double *u, double *v) const override {
+    const double d0 = 0.5, w0 = w_[0];
+    double u0 = std::sqrt(std::max(0.5, 2 * w0 * w0 - 1 - d0)), u1 = 2 * w0 / u0, v1 = std::sqrt(2 + 2 * d0) / u0;
+    double e2 = eta_ * eta_;
+    d[0] = e2 * d0, u[0] = eta_ * u0, v[0] = 0;
+    for (int i = 1; i < dim; ++i) d[i] = e2, u[i] = eta_ * u1 * w_[i], v[i] = eta_ * v1 * w_[i];
+    return true;
+  }
   void mul_h(const double *v, double *out) const override {
     double e2 = eta_ * eta_, t = 2 * dot(dim, w_.data(), v);
     for (int i = 0; i < dim; ++i) out[i] = e2 * (t * w_[i] + (i == 0 ? -v[i] : v[i]));

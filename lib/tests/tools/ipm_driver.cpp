@@ -45,7 +45,7 @@ static Csc read_matrix(std::istream &in, int m, int n) {
 
 int main(int argc, char **argv) {
   if (argc < 2) {
-    std::fprintf(stderr, "usage: %s problem.txt [-v] [-k0|-k1|-k2] [-tTHREADS] [-rREG] [-iMAXITER]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s problem.txt [-v] [-k0|-k1|-k2] [-tTHREADS] [-rREG] [-iMAXITER] [-eSOCEXPAND]\n", argv[0]);
     return 2;
   }
   std::ifstream in(argv[1]);
@@ -58,6 +58,7 @@ int main(int argc, char **argv) {
     if (opt.size() == 3 && opt.compare(0, 2, "-k") == 0) st.kkt_method = opt[2] - '0';  // -k0, -k1, -k2
     if (opt.compare(0, 2, "-t") == 0) st.threads = std::atoi(opt.c_str() + 2);  // -t2
     if (opt.compare(0, 2, "-i") == 0) st.max_iter = std::atoi(opt.c_str() + 2);  // -i3
+    if (opt.compare(0, 2, "-e") == 0) st.soc_expand_dim = std::atoi(opt.c_str() + 2);  // -e16
     if (opt.compare(0, 2, "-r") == 0) st.static_reg = std::atof(opt.c_str() + 2);  // -r1e-8
   }
   Problem pb;
