@@ -1,8 +1,11 @@
 // The interior-point engine on problems with known answers, its certificates,
 // its stopping rules, and the derivatives of its barriers.
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <lapacke.h>
+#include <memory>
+#include <tuple>
 #include <cmath>
 #include <random>
 #include <string>
@@ -12,6 +15,7 @@
 #include "check.hpp"
 #include "ipm.hpp"
 #include "ipm_cones.hpp"
+#include "ipm_kkt.hpp"
 
 using namespace qrn::ipm;
 
@@ -291,6 +295,34 @@ TEST(ipm_quadratic_and_rotated_cones) {
   rq.cone(ConeKind::Zero, {unit(2, 1)}, {2});
   p = rq.build();
   check_optimum(p, run(p), 4.0, 1e-8);
+}
+
+TEST(ipm_large_quadratic_cones_sparse_or_dense) {
+  // min c'x: ||x|| <= 1 (x in R^40, next to a small cone tying x0 and x1:
+  // ||(x0 - x1)|| <= 3, never active) -> -||c|| at x = -c/||c||; the large cone
+  // held by its sparse expansion and as a dense block.
+  const int n = 40;
+  Builder b(n);
+  for (int j = 0; j < n; ++j) b.c[j] = std::sin(1.0 + j);
+  std::vector<Vec> rows{Vec(n, 0.0)};
+  for (int j = 0; j < n; ++j) rows.push_back(unit(n, j));
+  Vec g(n + 1, 0.0);
+  g[0] = 1;
+  b.holds(ConeKind::Quadratic, rows, g);
+  Vec diff(n, 0.0);
+  diff[0] = 1, diff[1] = -1;
+  b.holds(ConeKind::Quadratic, {Vec(n, 0.0), diff}, {3, 0});
+  Problem p = b.build();
+  double norm = 0;
+  for (double v : b.c) norm += v * v;
+  norm = std::sqrt(norm);
+  for (int expand : {16, 1000}) {
+    Settings st;
+    st.soc_expand_dim = expand;
+    Result r = run(p, st);
+    check_optimum(p, r, -norm, 1e-8);
+    CHECK(std::fabs(r.x[5] + b.c[5] / norm) < 1e-6);
+  }
 }
 
 TEST(ipm_semidefinite_three_by_three) {
@@ -589,4 +621,106 @@ TEST(ipm_barrier_derivatives_match_differences) {
         CHECK(ht < 1e-9 * (1 + std::fabs(h[i + i * n])));
       }
     }
+}
+
+// The KKT system of a random problem (sparse A, a P with off-diagonal
+// entries, diagonal and dense cone blocks) solved by the simplicial and the
+// supernodal factorization: both must solve it to rounding, and agree. The
+// pattern fills in, so the supernodal one meets large panels (blocked, with
+// matrix products, shared among threads) as well as small ones.
+TEST(ipm_kkt_simplicial_and_supernodal_agree) {
+  std::mt19937 gen(7);
+  std::uniform_real_distribution<double> u(-1, 1);
+  for (int size : {40, 400}) {
+    int n = size, m = size + size / 4;
+    std::vector<std::tuple<int, int, double>> ta;
+    for (int i = 0; i < m; ++i) {
+      if (i < n) ta.emplace_back(i, i, 1 + u(gen));
+      for (int k = 0; k < 5; ++k) ta.emplace_back(i, int(gen() % n), u(gen));
+    }
+    std::sort(ta.begin(), ta.end(), [](auto &a, auto &b) { return std::tie(std::get<1>(a), std::get<0>(a)) < std::tie(std::get<1>(b), std::get<0>(b)); });
+    Csc A(m, n), P(n, n);
+    for (size_t k = 0; k < ta.size(); ++k) {
+      auto [i, j, v] = ta[k];
+      if (k > 0 && std::get<0>(ta[k - 1]) == i && std::get<1>(ta[k - 1]) == j) {
+        A.val.back() += v;
+        continue;
+      }
+      A.rowind.push_back(i), A.val.push_back(v), ++A.colptr[j + 1];
+    }
+    for (int j = 0; j < n; ++j) A.colptr[j + 1] += A.colptr[j];
+    for (int j = 0; j < n; ++j) {  // P: tridiagonal pieces, diagonally dominant
+      if (j % 3 != 0) P.rowind.push_back(j - 1), P.val.push_back(0.3);
+      P.rowind.push_back(j), P.val.push_back(1.0);
+      P.colptr[j + 1] = int(P.rowind.size());
+    }
+    std::vector<KktBlock> blocks;
+    for (int off = 0; off < m;) {
+      int d = std::min(m - off, 1 + int(gen() % 5));
+      blocks.push_back({off, d, d == 1 || gen() % 2 == 0});
+      off += d;
+    }
+    std::vector<Vec> hs, exp_d, exp_u, exp_v;
+    for (const KktBlock &blk : blocks) {
+      int d = blk.dim;
+      Vec h(blk.diagonal ? d : d * d);
+      exp_d.emplace_back(), exp_u.emplace_back(), exp_v.emplace_back();
+      if (!blk.diagonal && d >= 3 && hs.size() % 2 == 0) {  // D + u u' - v v', v = 0.5 u
+        Vec dd(d), uu(d), vv(d);
+        for (int i = 0; i < d; ++i) dd[i] = 0.5 + std::fabs(u(gen)), uu[i] = u(gen), vv[i] = 0.5 * uu[i];
+        for (int i = 0; i < d; ++i)
+          for (int j = 0; j < d; ++j) h[i + j * d] = (i == j ? dd[i] : 0.0) + uu[i] * uu[j] - vv[i] * vv[j];
+        exp_d.back() = dd, exp_u.back() = uu, exp_v.back() = vv;
+      } else if (blk.diagonal) {
+        for (double &v : h) v = 0.5 + std::fabs(u(gen));
+      } else {  // G G' + I
+        Vec g(d * d);
+        for (double &v : g) v = u(gen);
+        for (int i = 0; i < d; ++i)
+          for (int j = 0; j < d; ++j) {
+            double s = i == j ? 1.0 : 0.0;
+            for (int k = 0; k < d; ++k) s += g[i + k * d] * g[j + k * d];
+            h[i + j * d] = s;
+          }
+      }
+      hs.push_back(h);
+    }
+    Vec rhs(n + m);
+    for (double &v : rhs) v = u(gen);
+    std::vector<Vec> sols;
+    // Simplicial; supernodal on one thread; on two and three with every
+    // product shared (by strips of columns or by ranges of rows); then the
+    // blocks of the form D + u u' - v v' by their sparse expansion,
+    // supernodal and simplicial.
+    for (int config = 0; config < 6; ++config) {
+      int method = config == 0 || config == 5 ? 1 : 2;
+      bool expand = config >= 4;
+      std::vector<KktBlock> bl(blocks);
+      for (size_t b = 0; b < bl.size(); ++b) bl[b].expanded = expand && !exp_d[b].empty();
+      Kkt kkt(P, A, bl, method);
+      kkt.set_threads(config <= 1 ? 1 : config, 0.0);
+      CHECK_EQ(kkt.supernodal(), method == 2);
+      for (size_t b = 0; b < blocks.size(); ++b) {
+        if (bl[b].expanded) {
+          kkt.set_expanded(int(b), exp_d[b].data(), exp_u[b].data(), exp_v[b].data());
+        } else {
+          kkt.set_block(int(b), hs[b].data());
+        }
+      }
+      CHECK(kkt.factor(0.0));
+      Vec x(n + m);
+      double res = kkt.solve(rhs.data(), x.data(), 0);  // no refinement: the factorization alone
+      CHECK(res < 1e-12);
+      sols.push_back(x);
+    }
+    double diff = 0, scale = 0;
+    for (int i = 0; i < n + m; ++i)
+      diff = std::max(diff, std::fabs(sols[0][i] - sols[1][i])), scale = std::max(scale, std::fabs(sols[0][i]));
+    CHECK(diff <= 1e-10 * scale);
+    for (int config : {2, 3, 4, 5}) {
+      double d = 0;
+      for (int i = 0; i < n + m; ++i) d = std::max(d, std::fabs(sols[config][i] - sols[1][i]));
+      CHECK(d <= 1e-10 * scale);
+    }
+  }
 }

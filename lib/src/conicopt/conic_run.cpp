@@ -29,6 +29,7 @@ ipm::Settings conic_settings(const Task &t, const Run &run) {
   // parameter absolutely: the engine gets 100 times the parameter (1e-8 by default).
   st.tol_infeas = 100.0 * t.par.dou[QRN_DPAR_INFEAS_TOL];
   st.max_iter = t.par.integer[QRN_IPAR_IPM_MAX_ITER];
+  st.threads = t.par.integer[QRN_IPAR_THREADS];
   st.step_fraction = t.par.dou[QRN_DPAR_IPM_STEP_FRACTION];
   st.equilibrate = t.par.integer[QRN_IPAR_SCALING] != QRN_SCALING_NONE;
   st.max_time = std::isfinite(run.time_limit) ? std::max(0.0, run.time_limit - run.elapsed()) : HUGE_VAL;

@@ -82,6 +82,16 @@ struct Settings {
   int equilibrate_iter = 10;
   double static_reg = 1e-10;   // added to the quasi-definite diagonal (raised when a factorization fails)
   int refine_iter = 10;        // iterative refinement steps per solve at most
+  // How the KKT system is factored: 0 chooses by the analysis (simplicial
+  // when the factor stays sparse, supernodal when it fills in), 1 always
+  // simplicial, 2 always supernodal.
+  int kkt_method = 0;
+  // Quadratic cones of more entries than this enter the KKT matrix in a
+  // sparse form (diagonal plus two rows and columns) instead of a dense block.
+  int soc_expand_dim = 16;
+  // Threads for the supernodal factorization's large matrix products
+  // (OpenBLAS itself is expected to run one thread per call); 0: one per core.
+  int threads = 1;
 };
 
 enum class Status {
@@ -118,6 +128,8 @@ struct Result {
   double solve_time = 0;          // seconds
   double factor_time = 0;         // seconds spent in numerical factorizations
   int factorizations = 0;
+  double factor_entries = 0;      // entries of the KKT factor L
+  bool supernodal = false;        // whether it was factored by the supernodal method
   std::string message;            // why it stopped, in words
 };
 

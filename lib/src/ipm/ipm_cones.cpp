@@ -158,6 +158,17 @@ class SocCone : public ConeImpl {
     out[0] -= e2;
     for (int i = 1; i < dim; ++i) out[i + i * dim] += e2;
   }
+  // H = eta^2 (2 w w' - J) = eta^2 (D + u u' - v v') with D = diag(d0, 1, ..., 1),
+  // u = (u0, u1 wb), v = (0, v1 wb), wb = w1:: matching the entries needs
+  // d0 + u0^2 = 2 w0^2 - 1, u0 u1 = 2 w0, u1^2 - v1^2 = 2; d0 = 1/2 keeps u0 >= 1/sqrt2.
+  bool expansion(double *d, double *u, double *v) const override {
+    const double d0 = 0.5, w0 = w_[0];
+    double u0 = std::sqrt(std::max(0.5, 2 * w0 * w0 - 1 - d0)), u1 = 2 * w0 / u0, v1 = std::sqrt(2 + 2 * d0) / u0;
+    double e2 = eta_ * eta_;
+    d[0] = e2 * d0, u[0] = eta_ * u0, v[0] = 0;
+    for (int i = 1; i < dim; ++i) d[i] = e2, u[i] = eta_ * u1 * w_[i], v[i] = eta_ * v1 * w_[i];
+    return true;
+  }
   void mul_h(const double *v, double *out) const override {
     double e2 = eta_ * eta_, t = 2 * dot(dim, w_.data(), v);
     for (int i = 0; i < dim; ++i) out[i] = e2 * (t * w_[i] + (i == 0 ? -v[i] : v[i]));
@@ -526,11 +537,52 @@ class PowerBarrier : public Barrier {
 // Solves H x = b for a symmetric positive definite H (n x n by columns),
 // falling back to an eigenvalue decomposition when Cholesky fails on an
 // ill-conditioned H. h is overwritten.
+// Cholesky solve of a small SPD system in plain loops (LAPACK's call
+// overhead dominates at these sizes); false when a pivot is not positive.
+bool small_chol_solve(int n, const double *h, double *b) {
+  double buf[256];
+  std::vector<double> big;
+  double *c = buf;
+  if (size_t(n) * n > 256) {
+    big.resize(size_t(n) * n);
+    c = big.data();
+  }
+  for (int j = 0; j < n; ++j) {
+    double d = h[j + size_t(j) * n];
+    for (int k = 0; k < j; ++k) d -= c[j + size_t(k) * n] * c[j + size_t(k) * n];
+    if (!(d > 0)) return false;
+    d = std::sqrt(d);
+    c[j + size_t(j) * n] = d;
+    for (int i = j + 1; i < n; ++i) {
+      double v = h[i + size_t(j) * n];
+      for (int k = 0; k < j; ++k) v -= c[i + size_t(k) * n] * c[j + size_t(k) * n];
+      c[i + size_t(j) * n] = v / d;
+    }
+  }
+  for (int i = 0; i < n; ++i) {
+    double v = b[i];
+    for (int k = 0; k < i; ++k) v -= c[i + size_t(k) * n] * b[k];
+    b[i] = v / c[i + size_t(i) * n];
+  }
+  for (int i = n - 1; i >= 0; --i) {
+    double v = b[i];
+    for (int k = i + 1; k < n; ++k) v -= c[k + size_t(i) * n] * b[k];
+    b[i] = v / c[i + size_t(i) * n];
+  }
+  return true;
+}
+
 void spd_solve(int n, double *h, double *b) {
-  std::vector<double> c(h, h + size_t(n) * n);
-  if (LAPACKE_dpotrf(LAPACK_COL_MAJOR, 'L', n, c.data(), n) == 0) {
-    LAPACKE_dpotrs(LAPACK_COL_MAJOR, 'L', n, 1, c.data(), n, b, n);
-    return;
+  if (n <= 16) {
+    std::vector<double> keep(b, b + n);
+    if (small_chol_solve(n, h, b)) return;
+    std::copy(keep.begin(), keep.end(), b);
+  } else {
+    std::vector<double> c(h, h + size_t(n) * n);
+    if (LAPACKE_dpotrf(LAPACK_COL_MAJOR, 'L', n, c.data(), n) == 0) {
+      LAPACKE_dpotrs(LAPACK_COL_MAJOR, 'L', n, 1, c.data(), n, b, n);
+      return;
+    }
   }
   std::vector<double> ev(n), t(n, 0.0);
   LAPACKE_dsyev(LAPACK_COL_MAJOR, 'V', 'L', n, h, n, ev.data());
@@ -566,7 +618,7 @@ class NonsymCone : public ConeImpl {
       for (int i = 0; i < n; ++i) g[i] += x[i], h[i + size_t(i) * n] += 1;
       if (norm2(n, g.data()) < 1e-14 * (1 + norm2(n, x.data()))) break;
       for (int i = 0; i < n; ++i) step[i] = -g[i];
-      if (LAPACKE_dposv(LAPACK_COL_MAJOR, 'L', n, 1, h.data(), n, step.data(), n) != 0) break;
+      if (!small_chol_solve(n, h.data(), step.data())) break;
       double t = 1, f0 = merit(x.data()), slope = dot(n, g.data(), step.data());
       for (int ls = 0; ls < 60; ++ls, t /= 2) {
         for (int i = 0; i < n; ++i) trial[i] = x[i] + t * step[i];
@@ -660,7 +712,9 @@ class NonsymCone : public ConeImpl {
   }
   void block(double *out) const override { std::copy(h_.begin(), h_.end(), out); }
   void mul_h(const double *v, double *out) const override {
-    cblas_dgemv(CblasColMajor, CblasNoTrans, dim, dim, 1.0, h_.data(), dim, v, 1, 0.0, out, 1);
+    std::fill(out, out + dim, 0.0);
+    for (int j = 0; j < dim; ++j)
+      for (int i = 0; i < dim; ++i) out[i] += h_[i + size_t(j) * dim] * v[j];
   }
   void affine_rhs(const double *s, const double *, double *ds) const override { std::copy(s, s + dim, ds); }
   void combined_rhs(const double *s, const double *, const double *ds_a, const double *dz_a, double sigma_mu,

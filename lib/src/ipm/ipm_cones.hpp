@@ -31,6 +31,12 @@ class ConeImpl {
   virtual bool update(const double *s, const double *z, double mu) = 0;
   // The block H: dim entries (diagonal) or dim*dim by columns.
   virtual void block(double *out) const = 0;
+  // H as diag(d) + u u' - v v' with d > 0 (dim entries each), for cones that
+  // have such a form (quadratic cones); false otherwise.
+  virtual bool expansion(double *d, double *u, double *v) const {
+    (void)d, (void)u, (void)v;
+    return false;
+  }
   // out = H v.
   virtual void mul_h(const double *v, double *out) const = 0;
   // d_s of the predictor (the affine direction).

@@ -12,10 +12,17 @@
 
 namespace qrn {
 namespace ipm {
+namespace {
+// The supernodal factorization's dynamic regularisation (the data are
+// equilibrated, so absolute values serve).
+constexpr double kDynamicEps = 1e-13;
+constexpr double kDynamicDelta = 2e-7;
+}  // namespace
 
-Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
+Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks, int method)
     : n_(A.ncols), m_(A.nrows), blocks_(blocks) {
-  int N = n_ + m_;
+  for (const KktBlock &b : blocks) nx_ += b.expanded ? 2 : 0;
+  int N = n_ + m_ + nx_;
   // A by rows, column indexes ascending.
   std::vector<int> rp(m_ + 1, 0), rc(A.nnz()), rk(A.nnz());
   for (int k = 0; k < A.nnz(); ++k) ++rp[A.rowind[k] + 1];
@@ -37,7 +44,7 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
   hpos_.assign(blocks.size(), {});
   for (size_t b = 0; b < blocks.size(); ++b) {
     size_t d = size_t(blocks[b].dim);
-    hpos_[b].reserve(blocks[b].diagonal ? d : d * (d + 1) / 2);
+    hpos_[b].reserve(blocks[b].expanded ? 3 * d + 2 : blocks[b].diagonal ? d : d * (d + 1) / 2);
   }
   std::vector<std::pair<int, double>> col;
   bool has_p = P.ncols == n_ && P.nnz() > 0;
@@ -61,7 +68,7 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
     }
     int b = block_of[r];
     const KktBlock &blk = blocks[b];
-    int first = blk.diagonal ? r : blk.offset;
+    int first = blk.diagonal || blk.expanded ? r : blk.offset;
     for (int i = first; i <= r; ++i) {
       if (i == r) diag_[n_ + r] = int(rowind_.size());
       hpos_[b].push_back(int(rowind_.size()));
@@ -69,6 +76,23 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
       val_.push_back(0.0);
     }
     colptr_[n_ + r + 1] = int(rowind_.size());
+  }
+  // The columns p, q of the expanded blocks, in block order.
+  int pc = n_ + m_;
+  for (size_t b = 0; b < blocks.size(); ++b) {
+    if (!blocks[b].expanded) continue;
+    for (int pq = 0; pq < 2; ++pq, ++pc) {
+      for (int i = 0; i < blocks[b].dim; ++i) {
+        hpos_[b].push_back(int(rowind_.size()));
+        rowind_.push_back(n_ + blocks[b].offset + i);
+        val_.push_back(0.0);
+      }
+      diag_[pc] = int(rowind_.size());
+      hpos_[b].push_back(int(rowind_.size()));
+      rowind_.push_back(pc);
+      val_.push_back(pq == 0 ? 1.0 : -1.0);
+      colptr_[pc + 1] = int(rowind_.size());
+    }
   }
 
   common_ = new cholmod_common;
@@ -78,7 +102,9 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
   common_->nmethods = 1;
   common_->method[0].ordering = CHOLMOD_AMD;
   common_->postorder = 1;
-  common_->supernodal = CHOLMOD_SIMPLICIAL;
+  // CHOLMOD's rule picks the method: supernodal when the factorization has
+  // many operations per entry of the factor.
+  common_->supernodal = method == 1 ? CHOLMOD_SIMPLICIAL : method == 2 ? CHOLMOD_SUPERNODAL : CHOLMOD_AUTO;
   common_->final_ll = 0;
   common_->final_asis = 1;
   common_->quick_return_if_not_posdef = 0;
@@ -102,9 +128,30 @@ Kkt::Kkt(const Csc &P, const Csc &A, const std::vector<KktBlock> &blocks)
       throw std::bad_alloc();
     }
     b_ = cholmod_allocate_dense(N, 1, N, CHOLMOD_REAL, common_);
+    lnz_ = common_->lnz;
+    if (l_->is_super) {
+      try {
+        ldl_ = std::make_unique<SupernodalLdl>(l_, colptr_, rowind_);
+      } catch (...) {
+        cholmod_free_dense(&b_, common_);
+        cholmod_free_factor(&l_, common_);
+        cholmod_free_sparse(&k_, common_);
+        cholmod_finish(common_);
+        delete common_;
+        throw;
+      }
+      cholmod_free_factor(&l_, common_);
+    }
   }
   r_.assign(N, 0.0);
   d_.assign(N, 0.0);
+  rhs_.assign(N, 0.0);
+  sol_.assign(N, 0.0);
+  // Pivot signs and regularisation: + on x and on each p, - on z and on each q.
+  sign_.assign(N, -1.0);
+  std::fill(sign_.begin(), sign_.begin() + n_, 1.0);
+  for (int c = n_ + m_; c < N; c += 2) sign_[c] = 1.0;
+  reg_.assign(N, 0.0);
 }
 
 Kkt::~Kkt() {
@@ -117,6 +164,15 @@ Kkt::~Kkt() {
   if (k_) cholmod_free_sparse(&k_, common_);
   cholmod_finish(common_);
   delete common_;
+}
+
+void Kkt::set_expanded(int k, const double *d, const double *u, const double *v) {
+  const KktBlock &blk = blocks_[k];
+  const std::vector<int> &pos = hpos_[k];
+  int dim = blk.dim;
+  for (int i = 0; i < dim; ++i) val_[pos[i]] = -d[i];
+  for (int i = 0; i < dim; ++i) val_[pos[dim + i]] = u[i];
+  for (int i = 0; i < dim; ++i) val_[pos[2 * dim + 1 + i]] = v[i];  // after p's diagonal at pos[2 dim]
 }
 
 void Kkt::set_block(int k, const double *h) {
@@ -133,13 +189,19 @@ void Kkt::set_block(int k, const double *h) {
 
 bool Kkt::factor(double reg) {
   ok_ = false;
-  int N = n_ + m_;
+  int N = n_ + m_ + nx_;
   if (N == 0) return ok_ = true;
   auto t0 = std::chrono::steady_clock::now();
+  if (ldl_) {
+    for (int i = 0; i < N; ++i) reg_[i] = sign_[i] * reg;
+    ok_ = ldl_->factor(val_, reg_, sign_, kDynamicEps, kDynamicDelta);
+    factor_seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    ++factor_count_;
+    return ok_;
+  }
   double *x = static_cast<double *>(k_->x);
   std::copy(val_.begin(), val_.end(), x);
-  for (int j = 0; j < n_; ++j) x[diag_[j]] += reg;
-  for (int r = 0; r < m_; ++r) x[diag_[n_ + r]] -= reg;
+  for (int i = 0; i < N; ++i) x[diag_[i]] += sign_[i] * reg;
   int okf = cholmod_factorize(k_, l_, common_);
   factor_seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
   ++factor_count_;
@@ -148,7 +210,7 @@ bool Kkt::factor(double reg) {
 }
 
 void Kkt::mul(const double *x, double *y) const {
-  int N = n_ + m_;
+  int N = n_ + m_ + nx_;
   std::fill(y, y + N, 0.0);
   for (int j = 0; j < N; ++j)
     for (int k = colptr_[j]; k < colptr_[j + 1]; ++k) {
@@ -159,7 +221,11 @@ void Kkt::mul(const double *x, double *y) const {
 }
 
 void Kkt::solve_once(const double *rhs, double *sol) {
-  int N = n_ + m_;
+  int N = n_ + m_ + nx_;
+  if (ldl_) {
+    ldl_->solve(rhs, sol);
+    return;
+  }
   std::copy(rhs, rhs + N, static_cast<double *>(b_->x));
   if (!cholmod_solve2(CHOLMOD_A, l_, b_, nullptr, &x_, nullptr, &y_, &e_, common_)) {
     std::fill(sol, sol + N, NAN);
@@ -169,13 +235,17 @@ void Kkt::solve_once(const double *rhs, double *sol) {
   std::copy(xs, xs + N, sol);
 }
 
-double Kkt::solve(const double *rhs, double *sol, int refine_iter) {
-  int N = n_ + m_;
+double Kkt::solve(const double *rhs_in, double *sol_out, int refine_iter) {
+  int N = n_ + m_ + nx_, Nout = n_ + m_;
   if (N == 0) return 0.0;
   if (!ok_) {
-    std::fill(sol, sol + N, NAN);
+    std::fill(sol_out, sol_out + Nout, NAN);
     return HUGE_VAL;
   }
+  // The rows of the expansions have zero right-hand sides.
+  std::copy(rhs_in, rhs_in + Nout, rhs_.begin());
+  const double *rhs = rhs_.data();
+  double *sol = sol_.data();
   double bnorm = 0;
   for (int i = 0; i < N; ++i) bnorm = std::max(bnorm, std::fabs(rhs[i]));
   solve_once(rhs, sol);
@@ -190,7 +260,7 @@ double Kkt::solve(const double *rhs, double *sol, int refine_iter) {
   };
   double rn = residual();
   double tol = 1e-14 * (1 + bnorm);
-  std::vector<double> prev;
+  std::vector<double> &prev = prev_;
   for (int it = 0; it < refine_iter && rn > tol; ++it) {
     solve_once(r_.data(), d_.data());
     prev.assign(sol, sol + N);
@@ -207,6 +277,7 @@ double Kkt::solve(const double *rhs, double *sol, int refine_iter) {
     }
     rn = rn2;
   }
+  std::copy(sol, sol + Nout, sol_out);
   return rn / (1 + bnorm);
 }
 

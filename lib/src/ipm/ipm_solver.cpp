@@ -15,6 +15,7 @@
 #include <numeric>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -196,6 +197,7 @@ class Engine {
   std::vector<Cone> cones_;
   std::vector<std::unique_ptr<ConeImpl>> impl_;
   std::vector<int> rotated_;  // offsets of the rotated quadratic cones
+  std::vector<char> expanded_;  // per cone: held in the KKT matrix by its sparse expansion
   double nu_ = 0;
   bool nonsym_ = false;
   std::unique_ptr<Kkt> kkt_;
@@ -268,10 +270,14 @@ void Engine::prepare() {
     ci_.offset = off;
     nu_ += ci_.degree();
     nonsym_ = nonsym_ || !ci_.symmetric();
-    blocks.push_back({off, c.dim, ci_.diagonal()});
+    bool expand = c.kind == ConeKind::Quadratic && c.dim > std::max(2, st_.soc_expand_dim);
+    blocks.push_back({off, c.dim, ci_.diagonal(), expand});
+    expanded_.push_back(expand);
     off += c.dim;
   }
-  kkt_ = std::make_unique<Kkt>(P_, A_, blocks);
+  kkt_ = std::make_unique<Kkt>(P_, A_, blocks, st_.kkt_method);
+  int threads = st_.threads > 0 ? st_.threads : int(std::thread::hardware_concurrency());
+  kkt_->set_threads(std::max(1, threads));
 }
 
 void Engine::equilibrate() {
@@ -452,6 +458,8 @@ void Engine::finish(Result &res, Status status, const std::string &why) {
   if (kkt_) {
     res.factor_time = kkt_->factor_seconds();
     res.factorizations = kkt_->factor_count();
+    res.factor_entries = kkt_->factor_entries();
+    res.supernodal = kkt_->supernodal();
   }
 }
 
@@ -468,7 +476,7 @@ Result Engine::run() {
   x1_.assign(n_, 0), z1_.assign(m_, 0), rhs_.assign(N, 0), sol_.assign(N, 0);
   int maxdim = 1;
   for (const Cone &c : cones_) maxdim = std::max(maxdim, c.dim);
-  hbuf_.assign(size_t(maxdim) * maxdim, 0.0);
+  hbuf_.assign(std::max(size_t(maxdim) * maxdim, size_t(3) * maxdim), 0.0);
   Vec dx(n_), dz(m_), ds(m_), dxa(n_), dza(m_), dsa(m_), d_s(m_), zero_n(n_, 0.0), zero_m(m_, 0.0);
   double dtau = 0, dkappa = 0, dtaua = 0, dkappaa = 0;
 
@@ -582,8 +590,14 @@ Result Engine::run() {
     for (size_t k = 0; k < impl_.size() && bad < 0; ++k) {
       ConeImpl &c = *impl_[k];
       if (c.update(&s_[c.offset], &z_[c.offset], mu)) {
-        c.block(hbuf_.data());
-        kkt_->set_block(int(k), hbuf_.data());
+        if (expanded_[k]) {
+          double *d = hbuf_.data(), *u = d + c.dim, *v = u + c.dim;
+          c.expansion(d, u, v);
+          kkt_->set_expanded(int(k), d, u, v);
+        } else {
+          c.block(hbuf_.data());
+          kkt_->set_block(int(k), hbuf_.data());
+        }
       } else {
         bad = int(k);
       }

@@ -12,6 +12,7 @@
 // Output: "status S", "iterations K", "pobj V", "dobj V", "time T", "factor_time T",
 // "factorizations F", then lines "x ...", "s ...", "y ...".
 #include <cstdio>
+#include <cstdlib>
 #include <algorithm>
 #include <fstream>
 #include <iostream>
@@ -19,6 +20,8 @@
 #include <string>
 #include <tuple>
 #include <vector>
+
+#include <cblas.h>
 
 #include "ipm.hpp"
 
@@ -42,11 +45,22 @@ static Csc read_matrix(std::istream &in, int m, int n) {
 
 int main(int argc, char **argv) {
   if (argc < 2) {
-    std::fprintf(stderr, "usage: %s problem.txt [-v] [tol]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s problem.txt [-v] [-k0|-k1|-k2] [-tTHREADS] [-rREG] [-iMAXITER] [-eSOCEXPAND]\n", argv[0]);
     return 2;
   }
   std::ifstream in(argv[1]);
-  bool verbose = argc > 2 && std::string(argv[2]) == "-v";
+  openblas_set_num_threads(1);  // as the library does
+  bool verbose = false;
+  Settings st;
+  for (int a = 2; a < argc; ++a) {
+    std::string opt(argv[a]);
+    if (opt == "-v") verbose = true;
+    if (opt.size() == 3 && opt.compare(0, 2, "-k") == 0) st.kkt_method = opt[2] - '0';  // -k0, -k1, -k2
+    if (opt.compare(0, 2, "-t") == 0) st.threads = std::atoi(opt.c_str() + 2);  // -t2
+    if (opt.compare(0, 2, "-i") == 0) st.max_iter = std::atoi(opt.c_str() + 2);  // -i3
+    if (opt.compare(0, 2, "-e") == 0) st.soc_expand_dim = std::atoi(opt.c_str() + 2);  // -e16
+    if (opt.compare(0, 2, "-r") == 0) st.static_reg = std::atof(opt.c_str() + 2);  // -r1e-8
+  }
   Problem pb;
   int m;
   in >> pb.n >> m;
@@ -85,7 +99,6 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "could not read %s\n", argv[1]);
     return 2;
   }
-  Settings st;
   LogSink log;
   if (verbose) log = [](const std::string &l) { std::fprintf(stderr, "%s\n", l.c_str()); };
   Result r;
@@ -95,8 +108,10 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "refused: %s\n", e.what());
     return 2;
   }
-  std::printf("status %s\niterations %d\npobj %.17g\ndobj %.17g\ntime %.6f\nfactor_time %.6f\nfactorizations %d\n",
-              status_name(r.status), r.iterations, r.pobj, r.dobj, r.solve_time, r.factor_time, r.factorizations);
+  std::printf("status %s\niterations %d\npobj %.17g\ndobj %.17g\ntime %.6f\nfactor_time %.6f\nfactorizations %d\n"
+              "factor_entries %.0f\nsupernodal %d\n",
+              status_name(r.status), r.iterations, r.pobj, r.dobj, r.solve_time, r.factor_time, r.factorizations,
+              r.factor_entries, int(r.supernodal));
   for (auto [name, v] : {std::pair<const char *, std::vector<double> *>{"x", &r.x}, {"s", &r.s}, {"y", &r.y}}) {
     std::printf("%s", name);
     for (double e : *v) std::printf(" %.17g", e);
