@@ -331,13 +331,9 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
 // sorted, and the caller keeps the count of entries of each row; else the
 // row counts are dropped.
 //
-// A counting transpose: one pass counts the entries of each column, and the
-// receiving columns get their exact room, side by side at the end of the pool.
-// Many entries in another order than by column then go in two steps, for the
-// cache's sake: first each into the range of its group of columns (at most 64
-// groups of at most 2^16 columns, or more groups for more columns, each
-// written in order; the entry's column within its group beside it in 16
-// bits), then, group by group, each into its column.
+// A counting transpose: one pass counts the entries of each column, the
+// receiving columns get their exact room, side by side at the end of the pool,
+// and scatter_lines puts the entries there.
 template <class Each, class Cols>
 bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Cols cols) {
   Matrix &a = t.a;
@@ -373,47 +369,7 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Col
     s.len[j] = s.cap[j] = static_cast<qrn_int32>(c);
   }
   s.live += count;
-  qrn_int32 *idx = s.idx.data();
-  double *val = s.val.data();
-  int shift = 0;
-  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64 && shift < 16) ++shift;
-  if (count < (qrn_int64(1) << 17) || shift == 0 || by_col) {
-    each([=](qrn_int32 i, qrn_int32 j, double v) {
-      const qrn_int64 pos = at[j]++;
-      idx[pos] = i;
-      val[pos] = v;
-    });
-  } else {
-    const qrn_int32 groups = ((n - 1) >> shift) + 1;
-    const qrn_int32 mask = (qrn_int32(1) << shift) - 1;
-    std::vector<qrn_int64> gnext(groups);
-    for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
-    Pod<std::uint16_t> colof;  // the column of each entry within its group, while it sits in the group's range
-    colof.resize_uninit(static_cast<size_t>(count));
-    qrn_int64 *gn = gnext.data();
-    std::uint16_t *col = colof.data() - base;
-    each([=](qrn_int32 i, qrn_int32 j, double v) {
-      const qrn_int64 pos = gn[j >> shift]++;
-      idx[pos] = i;
-      val[pos] = v;
-      col[pos] = static_cast<std::uint16_t>(j & mask);
-    });
-    std::vector<qrn_int32> si;
-    std::vector<double> sv;
-    for (qrn_int32 g = 0; g < groups; ++g) {
-      qrn_int64 *ag = at + (static_cast<qrn_int64>(g) << shift);
-      const qrn_int64 lo = ag[0], hi = gnext[g];
-      si.assign(idx + lo, idx + hi);
-      sv.assign(val + lo, val + hi);
-      const std::uint16_t *cj = col + lo;
-      for (qrn_int64 k = 0; k < hi - lo; ++k) {
-        const qrn_int64 pos = ag[cj[k]]++;
-        idx[pos] = si[k];
-        val[pos] = sv[k];
-      }
-    }
-    colof.release(false);  // scratch: not to stay resident once the task is built
-  }
+  scatter_lines(n, count, base, at, s.idx.data(), s.val.data(), by_col, each);
   next.release(false);
   if (!row_order) {
     std::vector<Change> scratch;

@@ -193,17 +193,13 @@ const LineStore &Matrix::settle() const {
   c.idx.resize_uninit(static_cast<size_t>(at));
   c.val.resize_uninit(static_cast<size_t>(at));
   qrn_int64 *next = c.start.data();  // advanced past each entry placed, then set back
-  qrn_int32 *oi = c.idx.data();
-  double *ov = c.val.data();
-  for (qrn_int32 i = 0; i < m; ++i) {
-    const qrn_int32 *ix = rows_.idx_of(i);
-    const double *v = rows_.val_of(i);
-    for (qrn_int32 p = 0, l = rows_.len[i]; p < l; ++p) {
-      const qrn_int64 pos = next[ix[p]]++;
-      oi[pos] = i;
-      ov[pos] = v[p];
+  scatter_lines(n, at, 0, next, c.idx.data(), c.val.data(), false, [this, m](auto f) {
+    for (qrn_int32 i = 0; i < m; ++i) {
+      const qrn_int32 *ix = rows_.idx_of(i);
+      const double *v = rows_.val_of(i);
+      for (qrn_int32 p = 0, l = rows_.len[i]; p < l; ++p) f(i, ix[p], v[p]);
     }
-  }
+  });
   for (qrn_int32 j = 0; j < n; ++j) {
     c.start[j] -= count[j];
     c.len[j] = count[j];

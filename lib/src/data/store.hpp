@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -74,6 +75,58 @@ struct LineStore {
   void compact();  // lines packed in pool order, garbage dropped
   void clear();    // no lines, memory given back
 };
+
+// Puts `count` entries, given by each(f) calling f(i, j, v) for every one in
+// the same order each time, into lines j that have their room: entry (i, j, v)
+// goes to idx/val[at[j]++] as i and v. Entries given in line order (`in_order`)
+// or few go straight to their place; many others go in two steps for the
+// cache's sake: first each into the range of its group of lines (at most 64
+// groups of at most 2^16 lines, or more groups for more lines, each written in
+// order; the entry's line within its group beside it in 16 bits), then, group
+// by group, each into its line. The pool positions used start at `base`.
+template <class Each>
+void scatter_lines(qrn_int32 n, qrn_int64 count, qrn_int64 base, qrn_int64 *at, qrn_int32 *idx, double *val,
+                   bool in_order, Each each) {
+  int shift = 0;
+  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64 && shift < 16) ++shift;
+  if (count < (qrn_int64(1) << 17) || shift == 0 || in_order) {
+    each([=](qrn_int32 i, qrn_int32 j, double v) {
+      const qrn_int64 pos = at[j]++;
+      idx[pos] = i;
+      val[pos] = v;
+    });
+    return;
+  }
+  const qrn_int32 groups = ((n - 1) >> shift) + 1;
+  const qrn_int32 mask = (qrn_int32(1) << shift) - 1;
+  std::vector<qrn_int64> gnext(groups);
+  for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
+  Pod<std::uint16_t> lineof;  // the line of each entry within its group, while it sits in the group's range
+  lineof.resize_uninit(static_cast<size_t>(count));
+  qrn_int64 *gn = gnext.data();
+  std::uint16_t *line = lineof.data() - base;
+  each([=](qrn_int32 i, qrn_int32 j, double v) {
+    const qrn_int64 pos = gn[j >> shift]++;
+    idx[pos] = i;
+    val[pos] = v;
+    line[pos] = static_cast<std::uint16_t>(j & mask);
+  });
+  std::vector<qrn_int32> si;
+  std::vector<double> sv;
+  for (qrn_int32 g = 0; g < groups; ++g) {
+    qrn_int64 *ag = at + (static_cast<qrn_int64>(g) << shift);
+    const qrn_int64 lo = ag[0], hi = gnext[g];
+    si.assign(idx + lo, idx + hi);
+    sv.assign(val + lo, val + hi);
+    const std::uint16_t *lg = line + lo;
+    for (qrn_int64 k = 0; k < hi - lo; ++k) {
+      const qrn_int64 pos = ag[lg[k]]++;
+      idx[pos] = si[k];
+      val[pos] = sv[k];
+    }
+  }
+  lineof.release(false);  // scratch: not to stay resident
+}
 
 // The constraint matrix, kept by column and by row, one of the two current at
 // all times and the other derived from it when needed, in one pass, once,
