@@ -524,6 +524,7 @@ void count_rows(Matrix &a, qrn_int64 num, LineList line_of, const qrn_int64 *ptr
 void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
                 const qrn_int32 *idx, const double *val, const Checked &ck) {
   Matrix &a = t.a;
+  a.cols_to_change();  // current before the row-wise index changes below
   qrn_int64 old = 0;
   const qrn_int32 *counts = a.row_counts();  // recounted if dropped: the rows' old entries are to be known
   for (qrn_int64 k = 0; k < num; ++k) old += counts[line_of(k)];
