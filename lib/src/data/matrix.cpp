@@ -11,11 +11,15 @@
 //
 //   - Writers of whole columns (inputdata64, putacol, the column slice and
 //     list writers) copy each column into its place in the pool.
-//   - Writers of whole rows and of single entries (putarow, the row slice and
-//     list writers, putaij, putaijlist64) turn their input into changes of
-//     columns, grouped by column in linear time, and merge each touched column
-//     once. Replacing a row that holds entries needs the row-wise index to
-//     know them.
+//   - Writers of whole rows that change many entries copy them, as they check
+//     them, into one block that replaces those rows of the row-wise index;
+//     the columns wait for the first access that needs them (put_rows_aside,
+//     Matrix::put_rows).
+//   - Other writers of whole rows and of single entries (putarow, the row
+//     slice and list writers, putaij, putaijlist64) turn their input into
+//     changes of columns, grouped by column in linear time, and merge each
+//     touched column once. Replacing a row that holds entries needs the
+//     row-wise index to know them.
 #include "errors.hpp"
 
 #include <algorithm>
