@@ -7,7 +7,9 @@ measured in a fresh interpreter:
           objective) at 10^4, 10^5 and 10^6 non-zeros, stated through
           - inputdata64 (one call),
           - appendcons/appendvars then putacolslice64, the bound slices and putcslice,
-          - the same with putarowslice64 (rows in compressed form),
+          - the same with putarowslice64 (rows in compressed form), alone and
+            followed by the first column read (which brings the columns up to
+            date from the rows: the deferred part of the row write),
           - the same with putaijlist64 (triplets),
           - highspy's passModel with arrays (HiGHS),
           - a memory copy of our input arrays (numpy.copyto into preallocated arrays).
@@ -18,7 +20,8 @@ measured in a fresh interpreter:
           arrays already made) and the time to delete the task.
   read    One row, one column, one name and one bound read at a time from
           models of growing size, and the first row read after a bulk column
-          write (which rebuilds the row index once).
+          write (which rebuilds the row index once), and the first column read
+          after a bulk row write (which rebuilds the columns once).
 
     .venv/bin/python bench/build.py                 # both, all sizes
     .venv/bin/python bench/build.py build --sizes 1e6 --json out.json
@@ -155,6 +158,13 @@ def qrn_builders(d):
                                        extra["rval"]), "putarowslice64")
         return t
 
+    col_out = (bytearray(4 * m), bytearray(8 * m))
+
+    def rowslice_col():
+        t = rowslice()
+        need(t.getacol_iOO_2(0, col_out[0], col_out[1]), "getacol")
+        return t
+
     def aijlist():
         t = sized()
         need(t.putaijlist64_OOO_4(mv["asub"], extra["tsubj"], mv["aval"]), "putaijlist64")
@@ -164,7 +174,7 @@ def qrn_builders(d):
         t.dispose()
 
     return {"inputdata64": inputdata, "putacolslice64": colslice, "putarowslice64": rowslice,
-            "putaijlist64": aijlist}, delete, (env, cols, rsub, rval, rptrb, rptre)
+            "putarowslice64+col": rowslice_col, "putaijlist64": aijlist}, delete, (env, cols, rsub, rval, rptrb, rptre)
 
 
 def highs_builder(d):
@@ -283,6 +293,12 @@ def child_read(nnz):
     t0 = time.process_time()
     t.getarow_iOO_2(i, sub_out, val_out)
     res["row_after_bulk_s"] = time.process_time() - t0
+    # one bulk row write, then the first column read brings the columns up to date once
+    _, _, rsub, rval, rptrb, rptre = keep
+    t.putarowslice64_iiOOOO_7(0, m, memoryview(rptrb), memoryview(rptre), memoryview(rsub), memoryview(rval))
+    t0 = time.process_time()
+    t.getacol_iOO_2(j, sub_out, val_out)
+    res["col_after_bulk_rows_s"] = time.process_time() - t0
     t.dispose()
     return res
 
@@ -300,7 +316,8 @@ def show_t(s):
 
 
 def run_build(sizes):
-    cases = ["memcpy", "highspy", "inputdata64", "putacolslice64", "putarowslice64", "putaijlist64"]
+    cases = ["memcpy", "highspy", "inputdata64", "putacolslice64", "putarowslice64", "putarowslice64+col",
+             "putaijlist64"]
     rows = []
     for nnz in sizes:
         res = {c: spawn(["build", c, str(nnz)]) for c in cases}
@@ -322,15 +339,17 @@ def run_build(sizes):
 def run_read(sizes):
     rows = []
     print("\nreading one item (per call), against problem size")
-    print("  %9s %11s %11s %11s %11s %11s %11s %13s %13s" % (
+    print("  %9s %11s %11s %11s %11s %11s %11s %13s %13s %13s" % (
         "nnz", "getarow", "getacol", "getvarname", "getconbound", "putaij", "putconbound",
-        "1st row (cpu)", "after bulk (cpu)"))
+        "1st row (cpu)", "row after", "col after"))
+    print("  %9s %11s %11s %11s %11s %11s %11s %13s %13s %13s" % (
+        "", "", "", "", "", "", "", "", "cols (cpu)", "rows (cpu)"))
     for nnz in sizes:
         r = spawn(["read", str(nnz)])
-        print("  %9d %s %s %s %s %s %s   %s   %s" % (
+        print("  %9d %s %s %s %s %s %s   %s   %s   %s" % (
             nnz, show_t(r["row_s"]), show_t(r["col_s"]), show_t(r["name_s"]), show_t(r["bound_s"]),
             show_t(r["putaij_s"]), show_t(r["putconbound_s"]), show_t(r["first_row_s"]),
-            show_t(r["row_after_bulk_s"])))
+            show_t(r["row_after_bulk_s"]), show_t(r["col_after_bulk_rows_s"])))
         rows.append(r)
     return rows
 

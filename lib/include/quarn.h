@@ -924,8 +924,21 @@ QRN_API qrn_rescode QRN_CALL QRN_writedatahandle(qrn_task_t task, qrn_write_fn f
    getarowslicetrip) rebuilds what it needs once, in time proportional to the
    size of A, which amortizes over the bulk write that dropped it. Replacing
    rows (putarow, putarowslice64, putarowlist64) needs the row counts, and the
-   row-wise index when those rows hold entries. Every writer checks its whole
-   input before it changes anything: a failing call leaves the task as it was. */
+   row-wise index when those rows hold entries.
+   The rule holds the other way round for rows: a row writer that changes many
+   entries (putarowslice64, putarowlist64, putarow of a long row) stores the
+   rows as they come, in the row-wise index, in time proportional to its
+   input, when the rows it writes hold all of A's entries or when the row-wise
+   index is at hand or those rows hold entries (otherwise it writes the
+   columns directly). Rows and row counts are then read at once; the next
+   access that needs the columns (a column, column count or entry read, any
+   write of columns or single entries, removing constraints or variables,
+   getacolslice64 as the optimizers and file writers use it) first rebuilds
+   them from the rows, once, in time proportional to the size of A, which
+   amortizes over the bulk write; both orientations are kept after that.
+   Concurrent readers are safe: the rebuild happens once, under a lock. Every
+   writer checks its whole input before it changes anything: a failing call
+   leaves the task as it was. */
 
 QRN_API qrn_rescode QRN_CALL QRN_appendcons(qrn_task_t task, qrn_int32 num);
 QRN_API qrn_rescode QRN_CALL QRN_appendvars(qrn_task_t task, qrn_int32 num);

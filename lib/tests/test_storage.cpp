@@ -16,8 +16,10 @@ namespace {
 
 using Dense = std::map<std::pair<int, int>, double>;  // (i, j) -> a_ij, no zeros
 
-// Checks every row, every column, the triplets and the count against ref.
-void same(qrn_task_t t, const Dense &ref, int m, int n) {
+// Checks every row, every column and the count against ref: the columns
+// first, or the rows first (which, right after a bulk row write, reads the
+// rows before the columns are brought up to date).
+void same(qrn_task_t t, const Dense &ref, int m, int n, bool rows_first = false) {
   qrn_int64 nnz = -1;
   CHECK_EQ(QRN_getnumanz64(t, &nnz), QRN_RES_OK);
   CHECK_EQ(nnz, static_cast<qrn_int64>(ref.size()));
@@ -25,7 +27,7 @@ void same(qrn_task_t t, const Dense &ref, int m, int n) {
   std::vector<double> val(std::max(m, n) + 1);
   std::vector<std::vector<std::pair<int, double>>> bycol(n);
   for (auto it = ref.begin(); it != ref.end(); ++it) bycol[it->first.second].emplace_back(it->first.first, it->second);
-  for (int j = 0; j < n; ++j) {
+  for (int j = 0; j < n && !rows_first; ++j) {
     qrn_int32 nz = -1;
     CHECK_EQ(QRN_getacol(t, j, &nz, sub.data(), val.data()), QRN_RES_OK);
     std::vector<std::pair<int, double>> got;
@@ -42,6 +44,13 @@ void same(qrn_task_t t, const Dense &ref, int m, int n) {
     for (auto it = ref.lower_bound({i, 0}); it != ref.end() && it->first.first == i; ++it)
       want.emplace_back(it->first.second, it->second);
     CHECK_EQ(got, want);
+  }
+  for (int j = 0; j < n && rows_first; ++j) {
+    qrn_int32 nz = -1;
+    CHECK_EQ(QRN_getacol(t, j, &nz, sub.data(), val.data()), QRN_RES_OK);
+    std::vector<std::pair<int, double>> got;
+    for (int p = 0; p < nz; ++p) got.emplace_back(sub[p], val[p]);
+    CHECK_EQ(got, bycol[j]);
   }
 }
 
@@ -534,4 +543,146 @@ TEST(storage_inputdata_resizes_both_ways_and_checks_as_it_copies) {
   same(t, Dense{{{0, 0}, 3}}, 6, 1);
   CHECK_EQ(QRN_getconbound(t, 5, &bk, &bl, &bu), QRN_RES_OK);
   CHECK_EQ(bk, QRN_BK_FREE);
+}
+
+// A bulk row write leaves the columns to be rebuilt from the rows by the first
+// access that needs them. Every kind of change in between, and reads in
+// either orientation first (or none) after each, against a dense model.
+TEST(storage_bulk_rows_deferred_through_every_kind_of_change) {
+  int m = 30, n = 40;
+  Fixture f(m, n);
+  qrn_task_t t = f.task;
+  Dense ref;
+  std::mt19937 rng(11);
+  auto pick = [&](int k) { return static_cast<int>(rng() % static_cast<unsigned>(k)); };
+  auto value = [&]() { return pick(6) == 0 ? 0.0 : static_cast<double>(pick(9) + 1) * (pick(2) ? 1 : -1); };
+  auto remap = [&](bool rows, std::vector<qrn_int32> gone) {  // gone sorted
+    auto to = [&](int k) {
+      auto it = std::lower_bound(gone.begin(), gone.end(), k);
+      return it != gone.end() && *it == k ? -1 : k - static_cast<int>(it - gone.begin());
+    };
+    Dense after;
+    for (auto &[ij, v] : ref) {
+      const int i = rows ? to(ij.first) : ij.first, j = rows ? ij.second : to(ij.second);
+      if (i >= 0 && j >= 0) after[{i, j}] = v;
+    }
+    ref.swap(after);
+    (rows ? m : n) -= static_cast<int>(gone.size());
+  };
+  for (int step = 0; step < 400; ++step) {
+    const int op = pick(9);
+    if (op <= 2) {  // rows given in bulk: all of them, or a list of some, unsorted; op 2 fails at the end
+      std::vector<qrn_int32> list;
+      const bool one = op == 1 && pick(3) == 0;  // a single row: too few entries to go aside
+      for (int i = 0; i < m; ++i)
+        if (op == 0 || (one ? i == m / 2 : pick(2) == 0)) list.push_back(i);
+      if (op != 0) std::shuffle(list.begin(), list.end(), rng);
+      Dense want = ref;
+      Compressed c;
+      for (int i : list) {
+        for (int j = 0; j < n; ++j) want.erase({i, j});
+        c.ptrb.push_back(static_cast<qrn_int64>(c.sub.size()));
+        std::vector<int> cols;
+        for (int j = 0; j < n; ++j)
+          if (pick(3) == 0) cols.push_back(j);
+        if (op != 0) std::shuffle(cols.begin(), cols.end(), rng);
+        for (int j : cols) {
+          c.sub.push_back(j), c.val.push_back(value());
+          if (c.val.back() != 0) want[{i, j}] = c.val.back();
+        }
+        c.ptre.push_back(static_cast<qrn_int64>(c.sub.size()));
+      }
+      if (op == 2 && !c.sub.empty()) {  // out of range, or a repeat in the last row
+        const bool repeat = pick(2) && c.ptre.back() - c.ptrb.back() >= 2;
+        c.sub.back() = repeat ? c.sub[c.ptrb.back()] : n;
+      }
+      const auto num = static_cast<qrn_int32>(list.size());
+      const qrn_rescode r =
+          op == 0 ? QRN_putarowslice64(t, 0, m, c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data())
+                  : QRN_putarowlist64(t, num, list.data(), c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data());
+      if (op == 2 && !c.sub.empty()) CHECK(r == QRN_RES_ERR_INDEX_VAR || r == QRN_RES_ERR_DUP_INDEX);
+      else CHECK_EQ(r, QRN_RES_OK), ref.swap(want);
+    } else if (op == 3) {  // a whole column
+      const int j = pick(n);
+      std::vector<qrn_int32> rows;
+      std::vector<double> vals;
+      for (auto it = ref.begin(); it != ref.end();) it = it->first.second == j ? ref.erase(it) : std::next(it);
+      for (int i = 0; i < m; ++i)
+        if (pick(4) == 0) rows.push_back(i), vals.push_back(value());
+      for (size_t k = 0; k < rows.size(); ++k)
+        if (vals[k] != 0) ref[{rows[k], j}] = vals[k];
+      CHECK_EQ(QRN_putacol(t, j, static_cast<qrn_int32>(rows.size()), rows.data(), vals.data()), QRN_RES_OK);
+    } else if (op == 4) {  // one entry
+      const int i = pick(m), j = pick(n);
+      const double v = value();
+      CHECK_EQ(QRN_putaij(t, i, j, v), QRN_RES_OK);
+      if (v == 0) ref.erase({i, j});
+      else ref[{i, j}] = v;
+    } else if (op == 5 || op == 6) {  // removal of a few rows or columns
+      const bool rows = op == 5;
+      std::vector<qrn_int32> gone;
+      for (int k = 0; k < (rows ? m : n); ++k)
+        if (pick(10) == 0) gone.push_back(k);
+      const auto num = static_cast<qrn_int32>(gone.size());
+      CHECK_EQ(rows ? QRN_removecons(t, num, gone.data()) : QRN_removevars(t, num, gone.data()), QRN_RES_OK);
+      remap(rows, gone);
+    } else if (op == 7) {  // appends, back to a working size
+      const int dm = std::max(0, 30 - m) + pick(3), dn = std::max(0, 40 - n) + pick(3);
+      CHECK_EQ(QRN_appendcons(t, dm), QRN_RES_OK);
+      CHECK_EQ(QRN_appendvars(t, dn), QRN_RES_OK);
+      m += dm, n += dn;
+    } else {  // counts
+      qrn_int64 nnz = -1, colnz = -1;
+      CHECK_EQ(QRN_getnumanz64(t, &nnz), QRN_RES_OK);
+      CHECK_EQ(nnz, static_cast<qrn_int64>(ref.size()));
+      CHECK_EQ(QRN_getacolslicenumnz64(t, 0, n, &colnz), QRN_RES_OK);
+      CHECK_EQ(colnz, nnz);
+    }
+    const int look = pick(3);  // no read: the next change meets the matrix as the last one left it
+    if (look > 0) same(t, ref, m, n, look == 1);
+  }
+  same(t, ref, m, n, true);
+}
+
+// Right after a bulk row write several threads read columns and rows at once:
+// the columns are brought up to date once, and all see the same matrix.
+TEST(storage_concurrent_readers_after_a_bulk_row_write) {
+  const int m = 400, n = 700;
+  Fixture f(m, n);
+  qrn_task_t t = f.task;
+  for (int round = 0; round < 6; ++round) {
+    Compressed c;
+    for (int i = 0; i < m; ++i) {
+      c.ptrb.push_back(static_cast<qrn_int64>(c.sub.size()));
+      for (int j = (i + round) % 7; j < n; j += 7) c.sub.push_back(j), c.val.push_back(i - j + round + 0.5);
+      c.ptre.push_back(static_cast<qrn_int64>(c.sub.size()));
+    }
+    CHECK_EQ(QRN_putarowslice64(t, 0, m, c.ptrb.data(), c.ptre.data(), c.sub.data(), c.val.data()), QRN_RES_OK);
+    const qrn_int64 nnz = static_cast<qrn_int64>(c.sub.size());
+    std::vector<std::vector<qrn_int32>> subs(4, std::vector<qrn_int32>(nnz));
+    std::vector<std::vector<double>> vals(4, std::vector<double>(nnz));
+    std::vector<qrn_rescode> res(4, QRN_RES_ERR_ARGUMENT);
+    std::vector<std::thread> readers;
+    for (int r = 0; r < 4; ++r)
+      readers.emplace_back([&, r] {
+        std::vector<qrn_int64> pb(n), pe(n);
+        if (r == 3) {  // one reader takes a row first
+          qrn_int32 nz = -1;
+          QRN_getarow(t, r, &nz, subs[r].data(), vals[r].data());
+        }
+        res[r] = QRN_getacolslice64(t, 0, n, nnz, pb.data(), pe.data(), subs[r].data(), vals[r].data());
+      });
+    for (auto &th : readers) th.join();
+    for (int r = 0; r < 4; ++r) {
+      CHECK_EQ(res[r], QRN_RES_OK);
+      CHECK(subs[r] == subs[0] && vals[r] == vals[0]);
+    }
+    // column j holds rows i with (i + round) % 7 == j % 7, in order
+    qrn_int64 pos = 0;
+    bool right = true;
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < m; ++i)
+        if ((i + round) % 7 == j % 7) right &= subs[0][pos] == i && vals[0][pos] == i - j + round + 0.5, ++pos;
+    CHECK(right && pos == nnz);
+  }
 }

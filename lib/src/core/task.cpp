@@ -136,7 +136,7 @@ void Task::append_vars(qrn_int32 num) {
   if (static_cast<qrn_int64>(numvar) + num > INT32_MAX)
     fail(QRN_RES_ERR_ARGUMENT, "The number of variables would exceed 2^31-1.");
   const size_t n = static_cast<size_t>(numvar) + num;
-  a.cols.fit_lines(static_cast<qrn_int32>(n));  // one column per variable (a caller may have put them in)
+  a.fit_cols(static_cast<qrn_int32>(n));  // one column per variable (a caller may have put them in)
   varbound.resize(n);
   c.resize(n, 0.0);
   vartype.resize(n, QRN_VAR_TYPE_CONTINUOUS);

@@ -11,11 +11,15 @@
 //
 //   - Writers of whole columns (inputdata64, putacol, the column slice and
 //     list writers) copy each column into its place in the pool.
-//   - Writers of whole rows and of single entries (putarow, the row slice and
-//     list writers, putaij, putaijlist64) turn their input into changes of
-//     columns, grouped by column in linear time, and merge each touched column
-//     once. Replacing a row that holds entries needs the row-wise index to
-//     know them.
+//   - Writers of whole rows that change many entries copy them, as they check
+//     them, into one block that replaces those rows of the row-wise index;
+//     the columns wait for the first access that needs them (put_rows_aside,
+//     Matrix::put_rows).
+//   - Other writers of whole rows and of single entries (putarow, the row
+//     slice and list writers, putaij, putaijlist64) turn their input into
+//     changes of columns, grouped by column in linear time, and merge each
+//     touched column once. Replacing a row that holds entries needs the
+//     row-wise index to know them.
 #include "errors.hpp"
 
 #include <algorithm>
@@ -311,8 +315,9 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
     for (size_t k = 0; k < by_col.size(); ++k) by_row[k] = Change{by_col[k].idx, by_col[k].line, by_col[k].v};
   }
   group(by_col, numvar);
-  merge(a.cols, by_col, a.tol, a.counts_to_update());
-  a.nnz = a.cols.live;
+  LineStore &cols = a.cols_to_change();
+  merge(cols, by_col, a.tol, a.counts_to_update());
+  a.nnz = cols.live;
   if (rows) {
     group(by_row, numcon);
     merge(a.rows_to_update(), by_row, a.tol, nullptr);
@@ -330,17 +335,13 @@ void change_entries(Matrix &a, Pod<Change> &by_col, qrn_int32 numcon, qrn_int32 
 // sorted, and the caller keeps the count of entries of each row; else the
 // row counts are dropped.
 //
-// A counting transpose: one pass counts the entries of each column, and the
-// receiving columns get their exact room, side by side at the end of the pool.
-// Many entries in another order than by column then go in two steps, for the
-// cache's sake: first each into the range of its group of columns (at most 64
-// groups of at most 2^16 columns, or more groups for more columns, each
-// written in order; the entry's column within its group beside it in 16
-// bits), then, group by group, each into its column.
+// A counting transpose: one pass counts the entries of each column, the
+// receiving columns get their exact room, side by side at the end of the pool,
+// and scatter_lines puts the entries there.
 template <class Each, class Cols>
 bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Cols cols) {
   Matrix &a = t.a;
-  LineStore &s = a.cols;
+  LineStore &s = a.cols_to_change();
   const qrn_int32 n = t.numvar;
   if (count == 0 || count * 4 < n || (a.rows_ready() && !a.many(count))) return false;
   Pod<qrn_int64> next(static_cast<size_t>(n) + 1, 0);
@@ -372,47 +373,7 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Col
     s.len[j] = s.cap[j] = static_cast<qrn_int32>(c);
   }
   s.live += count;
-  qrn_int32 *idx = s.idx.data();
-  double *val = s.val.data();
-  int shift = 0;
-  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64 && shift < 16) ++shift;
-  if (count < (qrn_int64(1) << 17) || shift == 0 || by_col) {
-    each([=](qrn_int32 i, qrn_int32 j, double v) {
-      const qrn_int64 pos = at[j]++;
-      idx[pos] = i;
-      val[pos] = v;
-    });
-  } else {
-    const qrn_int32 groups = ((n - 1) >> shift) + 1;
-    const qrn_int32 mask = (qrn_int32(1) << shift) - 1;
-    std::vector<qrn_int64> gnext(groups);
-    for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
-    Pod<std::uint16_t> colof;  // the column of each entry within its group, while it sits in the group's range
-    colof.resize_uninit(static_cast<size_t>(count));
-    qrn_int64 *gn = gnext.data();
-    std::uint16_t *col = colof.data() - base;
-    each([=](qrn_int32 i, qrn_int32 j, double v) {
-      const qrn_int64 pos = gn[j >> shift]++;
-      idx[pos] = i;
-      val[pos] = v;
-      col[pos] = static_cast<std::uint16_t>(j & mask);
-    });
-    std::vector<qrn_int32> si;
-    std::vector<double> sv;
-    for (qrn_int32 g = 0; g < groups; ++g) {
-      qrn_int64 *ag = at + (static_cast<qrn_int64>(g) << shift);
-      const qrn_int64 lo = ag[0], hi = gnext[g];
-      si.assign(idx + lo, idx + hi);
-      sv.assign(val + lo, val + hi);
-      const std::uint16_t *cj = col + lo;
-      for (qrn_int64 k = 0; k < hi - lo; ++k) {
-        const qrn_int64 pos = ag[cj[k]]++;
-        idx[pos] = si[k];
-        val[pos] = sv[k];
-      }
-    }
-    colof.release(false);  // scratch: not to stay resident once the task is built
-  }
+  scatter_lines(n, count, base, at, s.idx.data(), s.val.data(), by_col, each);
   next.release(false);
   if (!row_order) {
     std::vector<Change> scratch;
@@ -443,6 +404,55 @@ bool fill_empty_columns(Task &t, qrn_int64 count, bool row_order, Each each, Col
   return true;
 }
 
+// Copies num lines of kind d (line k: the entries idx/val[ptrb[k], ptre[k]))
+// into fresh arrays, line k after line k-1, each with exactly the room it
+// needs, checking them as it copies: indexes below ncross, finite values, no
+// index twice in a line. `total` is the sum of the lengths of the lines. One
+// pass over the caller's arrays; a line given out of order is sorted
+// afterwards; entries within the tolerance are left out.
+template <class LineOf>
+void take_lines(LineStore &out, Dim d, qrn_int64 num, LineOf line_of, qrn_int32 ncross, const qrn_int64 *ptrb,
+                const qrn_int64 *ptre, const qrn_int32 *sub, const double *val, qrn_int64 total, double tol,
+                const LineArgs &arg) {
+  const Dim od = other(d);
+  out.start.resize_uninit(static_cast<size_t>(num));
+  out.len.resize_uninit(static_cast<size_t>(num));
+  out.cap.resize_uninit(static_cast<size_t>(num));
+  out.idx.resize_uninit(static_cast<size_t>(total));
+  out.val.resize_uninit(static_cast<size_t>(total));
+  // plain pointers, so that the loop keeps them in registers
+  qrn_int32 *oi = out.idx.data();
+  double *ov = out.val.data();
+  qrn_int64 pos = 0;
+  for (qrn_int64 k = 0; k < num; ++k) {
+    const qrn_int64 b = ptrb[k], e = ptre[k], first = pos;
+    qrn_int32 prev = -1;
+    bool sorted = true;
+    for (qrn_int64 p = b; p < e; ++p) {
+      const qrn_int32 i = sub[p];
+      const double v = val[p];
+      if (static_cast<std::uint32_t>(i) >= static_cast<std::uint32_t>(ncross)) bad_index_at(od, arg.idx, p, i, ncross);
+      if (!std::isfinite(v)) not_finite_at(arg.val, p);
+      sorted &= i > prev;
+      prev = i;
+      // every entry is written; one within the tolerance is overwritten by the next
+      const bool keep = std::fabs(v) > tol;
+      oi[pos] = i;
+      ov[pos] = v;
+      pos += keep;
+    }
+    if (!sorted) {
+      check_distinct_in_line(sub + b, e - b, arg.idx, d, line_of(k));
+      sort_line(oi + first, ov + first, pos - first);
+    }
+    out.start[k] = first;
+    out.len[k] = out.cap[k] = static_cast<qrn_int32>(pos - first);
+  }
+  out.idx.resize_uninit(static_cast<size_t>(pos));
+  out.val.resize_uninit(static_cast<size_t>(pos));
+  out.live = out.room = pos;
+}
+
 // ---- writers of whole lines -----------------------------------------------------------
 
 // The lines a writer replaces: sub[k], or first + k when sub is null.
@@ -456,7 +466,7 @@ struct LineList {
 void store_cols(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
                 const qrn_int32 *idx, const double *val, const Checked &ck) {
   Matrix &a = t.a;
-  LineStore &s = a.cols;
+  LineStore &s = a.cols_to_change();
   qrn_int64 old = 0;
   for (qrn_int64 k = 0; k < num; ++k) old += s.len[line_of(k)];
   const bool many = a.many(old + ck.kept);
@@ -518,6 +528,7 @@ void count_rows(Matrix &a, qrn_int64 num, LineList line_of, const qrn_int64 *ptr
 void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
                 const qrn_int32 *idx, const double *val, const Checked &ck) {
   Matrix &a = t.a;
+  a.cols_to_change();  // current before the row-wise index changes below
   qrn_int64 old = 0;
   const qrn_int32 *counts = a.row_counts();  // recounted if dropped: the rows' old entries are to be known
   for (qrn_int64 k = 0; k < num; ++k) old += counts[line_of(k)];
@@ -572,8 +583,30 @@ void store_rows(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb,
   }
   count_rows(a, num, line_of, ptrb, ptre, val, ck);
   group(ch, t.numvar);
-  merge(a.cols, ch, a.tol, nullptr);
-  a.nnz = a.cols.live;
+  LineStore &by_col = a.cols_to_change();
+  merge(by_col, ch, a.tol, nullptr);
+  a.nnz = by_col.live;
+}
+
+// A bulk write of rows (many() entries) goes to the row-wise index alone, the
+// columns following when first needed (Matrix::put_rows): checked as it is
+// copied into one block, then the block's lines replace the rows. Taken when
+// the rows written hold every entry of A (a build by rows, or a rewrite of
+// them), or when the index is at hand or is needed anyway because those rows
+// hold entries; not when the rows are empty and only the columns exist, where
+// filling the columns directly costs no more. Returns false, having changed
+// nothing, when not taken.
+bool put_rows_aside(Task &t, qrn_int64 num, LineList line_of, const qrn_int64 *ptrb, const qrn_int64 *ptre,
+                    const qrn_int32 *idx, const double *val, qrn_int64 total, const LineArgs &arg) {
+  Matrix &a = t.a;
+  qrn_int64 old = 0;
+  const qrn_int32 *counts = a.row_counts();
+  for (qrn_int64 k = 0; k < num; ++k) old += counts[line_of(k)];
+  if (!a.many(old + total) || (old == 0 && a.nnz > 0 && !a.rows_ready())) return false;
+  LineStore block;
+  take_lines(block, Dim::row, num, line_of, t.numvar, ptrb, ptre, idx, val, total, a.tol, arg);
+  a.put_rows(num, line_of, std::move(block), old == a.nnz);
+  return true;
 }
 
 // Replaces num lines of kind d: line sub[k] (first + k when sub is null) gets
@@ -585,10 +618,12 @@ void replace_lines(Task &t, Dim d, qrn_int64 num, const qrn_int32 *sub, qrn_int3
     for (qrn_int64 k = 0; k < num; ++k) check_index_at(d, sub[k], nlines, arg.sub, k);
     check_distinct(num, sub, arg.sub);
   }
-  qrn_int64 reach = check_pointers(num, ptrb, ptre, arg);
+  qrn_int64 total = 0;
+  qrn_int64 reach = check_pointers(num, ptrb, ptre, arg, &total);
   need_array(idx, reach, arg.idx);
   need_array(val, reach, arg.val);
   const LineList line_of{sub, first};
+  if (d == Dim::row && put_rows_aside(t, num, line_of, ptrb, ptre, idx, val, total, arg)) return;
   const Checked ck = check_lines(d, num, line_of, ptrb, ptre, idx, val, ncross, t.a.tol, arg);
   if (d == Dim::col) store_cols(t, num, line_of, ptrb, ptre, idx, val, ck);
   else store_rows(t, num, line_of, ptrb, ptre, idx, val, ck);
@@ -656,13 +691,13 @@ struct LineView {
 
 LineView line_at(const Task &t, Dim d, qrn_int32 k, const char *what) {
   check_index(d, k, count_of(t, d), what);
-  const LineStore &s = d == Dim::col ? t.a.cols : t.a.rows();
+  const LineStore &s = d == Dim::col ? t.a.cols() : t.a.rows();
   return LineView{s.idx_of(k), s.val_of(k), s.len[k]};
 }
 
 qrn_int32 line_size(const Task &t, Dim d, qrn_int32 k, const char *what) {
   check_index(d, k, count_of(t, d), what);
-  return d == Dim::col ? t.a.cols.len[k] : t.a.row_counts()[k];
+  return d == Dim::col ? t.a.cols().len[k] : t.a.row_counts()[k];
 }
 
 void get_line(const Task &t, Dim d, qrn_int32 k, const char *what, qrn_int32 *nz, qrn_int32 *sub, double *val) {
@@ -674,13 +709,13 @@ void get_line(const Task &t, Dim d, qrn_int32 k, const char *what, qrn_int32 *nz
 
 qrn_int64 slice_nnz(const Task &t, Dim d, qrn_int32 first, qrn_int32 last) {
   check_slice(first, last, count_of(t, d), kind_of(d));
-  const qrn_int32 *len = d == Dim::col ? t.a.cols.len.data() : t.a.row_counts();
+  const qrn_int32 *len = d == Dim::col ? t.a.cols().len.data() : t.a.row_counts();
   qrn_int64 n = 0;
   for (qrn_int32 k = first; k < last; ++k) n += len[k];
   return n;
 }
 
-const LineStore &lines_of(const Task &t, Dim d) { return d == Dim::col ? t.a.cols : t.a.rows(); }
+const LineStore &lines_of(const Task &t, Dim d) { return d == Dim::col ? t.a.cols() : t.a.rows(); }
 
 void get_slice(const Task &t, Dim d, qrn_int32 first, qrn_int32 last, qrn_int64 maxnumnz, qrn_int64 *ptrb,
                qrn_int64 *ptre, qrn_int32 *sub, double *val) {
@@ -722,7 +757,7 @@ qrn_int64 piece_nnz(const Task &t, qrn_int32 firsti, qrn_int32 lasti, qrn_int32 
   check_slice(firsti, lasti, t.numcon, "row");
   check_slice(firstj, lastj, t.numvar, "column");
   const bool by_rows = t.a.rows_ready() && lasti - firsti <= lastj - firstj;
-  const LineStore &s = by_rows ? t.a.rows() : t.a.cols;
+  const LineStore &s = by_rows ? t.a.rows() : t.a.cols();
   const qrn_int32 lo = by_rows ? firstj : firsti, hi = by_rows ? lastj : lasti;
   qrn_int64 n = 0;
   for (qrn_int32 k = by_rows ? firsti : firstj, end = by_rows ? lasti : lastj; k < end; ++k) {
@@ -760,52 +795,6 @@ Bounds take_bounds(qrn_int32 n, const qrn_int32 *bk, const double *bl, const dou
   return out;
 }
 
-// Builds the columns of A (fresh arrays, each column with exactly the room it
-// needs) from numvar columns in compressed form, checking them as it copies: row indexes below numcon,
-// finite values, no row twice in a column. `total` is the sum of the lengths
-// of the columns. One pass over the caller's arrays; a column given out of
-// order is sorted afterwards.
-void take_cols(LineStore &cols, qrn_int32 numcon, qrn_int32 numvar, const qrn_int64 *ptrb,
-               const qrn_int64 *ptre, const qrn_int32 *sub, const double *val, qrn_int64 total, double tol) {
-  cols.start.resize_uninit(numvar);
-  cols.len.resize_uninit(numvar);
-  cols.cap.resize_uninit(numvar);
-  cols.idx.resize_uninit(static_cast<size_t>(total));
-  cols.val.resize_uninit(static_cast<size_t>(total));
-  // plain pointers, so that the loop keeps them in registers
-  qrn_int32 *oi = cols.idx.data();
-  double *ov = cols.val.data();
-  qrn_int64 pos = 0;
-  for (qrn_int32 j = 0; j < numvar; ++j) {
-    const qrn_int64 b = ptrb[j], e = ptre[j], first = pos;
-    qrn_int32 prev = -1;
-    bool sorted = true;
-    for (qrn_int64 p = b; p < e; ++p) {
-      const qrn_int32 i = sub[p];
-      const double v = val[p];
-      if (static_cast<std::uint32_t>(i) >= static_cast<std::uint32_t>(numcon))
-        bad_index_at(Dim::row, "asub", p, i, numcon);
-      if (!std::isfinite(v)) not_finite_at("aval", p);
-      sorted &= i > prev;
-      prev = i;
-      // every entry is written; one within the tolerance is overwritten by the next
-      const bool keep = std::fabs(v) > tol;
-      oi[pos] = i;
-      ov[pos] = v;
-      pos += keep;
-    }
-    if (!sorted) {
-      check_distinct_in_line(sub + b, e - b, "asub", Dim::col, j);
-      sort_line(oi + first, ov + first, pos - first);
-    }
-    cols.start[j] = first;
-    cols.len[j] = cols.cap[j] = static_cast<qrn_int32>(pos - first);
-  }
-  cols.idx.resize_uninit(static_cast<size_t>(pos));
-  cols.val.resize_uninit(static_cast<size_t>(pos));
-  cols.live = cols.room = pos;
-}
-
 // Sets the task's number of items of kind d to n: appends, or removes trailing ones.
 void resize(Task &t, Dim d, qrn_int32 n) {
   qrn_int32 now = count_of(t, d);
@@ -834,7 +823,7 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   need_array(asub, reach, "asub");
   need_array(aval, reach, "aval");
   LineStore cols;
-  take_cols(cols, numcon, numvar, aptrb, aptre, asub, aval, total, t.a.tol);
+  take_lines(cols, Dim::col, numvar, LineList{nullptr, 0}, numcon, aptrb, aptre, asub, aval, total, t.a.tol, arg);
   Pod<double> cnew;
   cnew.resize_uninit(numvar);
   if (c != nullptr) {
@@ -855,20 +844,18 @@ void input_data(Task &t, qrn_int32 maxnumcon, qrn_int32 maxnumvar, qrn_int32 num
   // with defaults first; when items are removed they go in after.
   // The row counts are dropped: the first row read counts them.
   Matrix &a = t.a;
-  a.drop_counts();
-  a.cols.clear();
-  a.cols.add_lines(t.numvar);
-  a.nnz = 0;
+  LineStore none;
+  none.add_lines(t.numvar);
+  a.set_cols(std::move(none));
   const bool more_cons = numcon >= t.numcon, more_vars = numvar >= t.numvar;
   auto put_cons = [&] { t.conbound = std::move(con); };
-  auto put_vars = [&] { a.cols = std::move(cols), t.c.swap(cnew), t.varbound = std::move(var); };
+  auto put_vars = [&] { a.set_cols(std::move(cols)), t.c.swap(cnew), t.varbound = std::move(var); };
   if (more_cons) put_cons();
   resize(t, Dim::row, numcon);
   if (!more_cons) put_cons();
   if (more_vars) put_vars();
   resize(t, Dim::col, numvar);
   if (!more_vars) put_vars();
-  a.nnz = a.cols.live;
   t.cfix = cfix;
   t.maxnumcon = std::max(t.maxnumcon, maxnumcon);
   t.maxnumvar = std::max(t.maxnumvar, maxnumvar);
@@ -960,9 +947,10 @@ QRN_API qrn_rescode QRN_CALL QRN_putaij(qrn_task_t task, qrn_int32 i, qrn_int32 
     check_finite(aij, "aij");
     std::vector<Change> scratch;  // not used for one change
     const Change by_col{j, i, aij}, by_row{i, j, aij};
-    merge_line(t.a.cols, j, &by_col, &by_col + 1, t.a.tol, t.a.counts_to_update(), scratch);
-    t.a.nnz = t.a.cols.live;
-    t.a.cols.tidy();
+    LineStore &cols = t.a.cols_to_change();
+    merge_line(cols, j, &by_col, &by_col + 1, t.a.tol, t.a.counts_to_update(), scratch);
+    t.a.nnz = cols.live;
+    cols.tidy();
     if (t.a.rows_ready()) {
       merge_line(t.a.rows_to_update(), i, &by_row, &by_row + 1, t.a.tol, nullptr, scratch);
       t.a.rows_to_update().tidy();

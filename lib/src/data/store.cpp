@@ -122,9 +122,11 @@ void LineStore::clear() {
 
 // ---- the matrix and its row-wise index ---------------------------------------------
 
-Matrix::Matrix(const Matrix &o) : cols(o.cols), nnz(o.nnz), maxnnz(o.maxnnz), tol(o.tol) {
+Matrix::Matrix(const Matrix &o) : nnz(o.nnz), maxnnz(o.maxnnz), tol(o.tol) {
   std::lock_guard<std::mutex> lock(o.mutex_.m);
+  cols_ = o.cols_;
   rowlen = o.rowlen;
+  current_.store(o.cols_ready(), std::memory_order_release);
   counted_.store(o.counts_ready(), std::memory_order_release);
   if (o.rows_ready()) {
     rows_ = o.rows_;
@@ -135,19 +137,82 @@ Matrix::Matrix(const Matrix &o) : cols(o.cols), nnz(o.nnz), maxnnz(o.maxnnz), to
 Matrix &Matrix::operator=(const Matrix &o) {
   if (this == &o) return *this;
   Matrix copy(o);
-  cols = std::move(copy.cols);
+  cols_ = std::move(copy.cols_);
   rowlen = std::move(copy.rowlen);
   nnz = copy.nnz;
   maxnnz = copy.maxnnz;
   tol = copy.tol;
   rows_ = std::move(copy.rows_);
+  current_.store(copy.cols_ready(), std::memory_order_release);
   counted_.store(copy.counts_ready(), std::memory_order_release);
   ready_.store(copy.rows_ready(), std::memory_order_release);
   return *this;
 }
 
+void Matrix::set_cols(LineStore &&c) {
+  ready_.store(false, std::memory_order_release);
+  rows_.clear();
+  counted_.store(false, std::memory_order_release);
+  cols_ = std::move(c);
+  current_.store(true, std::memory_order_release);
+  nnz = cols_.live;
+}
+
+void Matrix::fit_cols(qrn_int32 n) { cols_.fit_lines(n); }
+
+void Matrix::stale_cols() {
+  const qrn_int32 n = cols_.lines();
+  cols_.clear();
+  cols_.add_lines(n);
+  current_.store(false, std::memory_order_release);
+}
+
+// A counting transpose of the rows, as rows() does of the columns: every
+// column gets exactly the room it needs and, the rows being visited in order,
+// comes out sorted.
+const LineStore &Matrix::settle() const {
+  if (cols_ready()) return cols_;
+  std::lock_guard<std::mutex> lock(mutex_.m);
+  if (cols_ready()) return cols_;
+  const qrn_int32 n = cols_.lines(), m = rows_.lines();
+  LineStore c;
+  c.start.resize_uninit(n);
+  c.len.resize(n, 0);
+  c.cap.resize_uninit(n);
+  qrn_int32 *count = c.cap.data();
+  std::fill(count, count + n, 0);
+  for (qrn_int32 i = 0; i < m; ++i) {
+    const qrn_int32 *ix = rows_.idx_of(i);
+    for (qrn_int32 p = 0, l = rows_.len[i]; p < l; ++p) ++count[ix[p]];
+  }
+  qrn_int64 at = 0;
+  for (qrn_int32 j = 0; j < n; ++j) {
+    c.start[j] = at;
+    at += count[j];
+  }
+  c.idx.resize_uninit(static_cast<size_t>(at));
+  c.val.resize_uninit(static_cast<size_t>(at));
+  qrn_int64 *next = c.start.data();  // advanced past each entry placed, then set back
+  scatter_lines(n, at, 0, next, c.idx.data(), c.val.data(), false, [this, m](auto f) {
+    for (qrn_int32 i = 0; i < m; ++i) {
+      const qrn_int32 *ix = rows_.idx_of(i);
+      const double *v = rows_.val_of(i);
+      for (qrn_int32 p = 0, l = rows_.len[i]; p < l; ++p) f(i, ix[p], v[p]);
+    }
+  });
+  for (qrn_int32 j = 0; j < n; ++j) {
+    c.start[j] -= count[j];
+    c.len[j] = count[j];
+  }
+  c.live = c.room = at;
+  cols_ = std::move(c);
+  current_.store(true, std::memory_order_release);
+  return cols_;
+}
+
 void Matrix::drop_rows() {
   if (!rows_ready()) return;
+  settle();
   ready_.store(false, std::memory_order_release);
   rows_.clear();
 }
@@ -157,12 +222,13 @@ void Matrix::drop_counts() {
   counted_.store(false, std::memory_order_release);
 }
 
+// Counts are dropped only while the columns are current.
 void Matrix::count_locked() const {
   qrn_int32 *count = rowlen.data();
   std::fill(rowlen.begin(), rowlen.end(), 0);
-  for (qrn_int32 j = 0; j < cols.lines(); ++j) {
-    const qrn_int32 *ix = cols.idx_of(j);
-    for (qrn_int32 p = 0, n = cols.len[j]; p < n; ++p) ++count[ix[p]];
+  for (qrn_int32 j = 0; j < cols_.lines(); ++j) {
+    const qrn_int32 *ix = cols_.idx_of(j);
+    for (qrn_int32 p = 0, n = cols_.len[j]; p < n; ++p) ++count[ix[p]];
   }
   counted_.store(true, std::memory_order_release);
 }
@@ -196,10 +262,10 @@ const LineStore &Matrix::rows() const {
   }
   r.idx.resize_uninit(static_cast<size_t>(at));
   r.val.resize_uninit(static_cast<size_t>(at));
-  for (qrn_int32 j = 0; j < cols.lines(); ++j) {
-    const qrn_int32 *ix = cols.idx_of(j);
-    const double *v = cols.val_of(j);
-    for (qrn_int32 p = 0, n = cols.len[j]; p < n; ++p) {
+  for (qrn_int32 j = 0; j < cols_.lines(); ++j) {
+    const qrn_int32 *ix = cols_.idx_of(j);
+    const double *v = cols_.val_of(j);
+    for (qrn_int32 p = 0, n = cols_.len[j]; p < n; ++p) {
       const qrn_int32 i = ix[p];
       const qrn_int64 pos = r.start[i] + r.len[i]++;
       r.idx[pos] = j;
@@ -219,6 +285,7 @@ void Matrix::add_rows(qrn_int32 n) {
 }
 
 void Matrix::drop_rows_at(const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  LineStore &cols = cols_to_change();
   cols.renumber(newindex);
   cols.tidy();
   nnz = cols.live;
@@ -230,6 +297,7 @@ void Matrix::drop_rows_at(const std::vector<qrn_int32> &newindex, qrn_int32 coun
 }
 
 void Matrix::drop_cols_at(const std::vector<qrn_int32> &newindex, qrn_int32 count) {
+  LineStore &cols = cols_to_change();
   if (counts_ready()) {
     for (qrn_int32 j = 0; j < cols.lines(); ++j) {
       if (newindex[j] >= 0) continue;

@@ -1,10 +1,11 @@
 // How a task keeps its problem data: flat arrays that bulk writers fill at the
 // speed of memory and that readers (and the optimizer) read without conversion.
 //
-//   Matrix   the constraint matrix A: by column (always current) in one pool of
-//            compressed lines with room to grow; the count of entries of every
-//            row and a row-wise index derived from the columns when a row is
-//            read (see Matrix below for when they are rebuilt).
+//   Matrix   the constraint matrix A: by column in one pool of compressed
+//            lines with room to grow; the count of entries of every row and a
+//            row-wise index derived from the columns when a row is read; after
+//            a bulk write of rows, the other way round until a column is
+//            needed (see Matrix below for when each is rebuilt).
 //   Bounds   key, lower and upper side of each constraint or variable, one
 //            array each.
 //   QTerms   the terms of one symmetric quadratic matrix as sorted triplets.
@@ -14,8 +15,11 @@
 
 #include "memory.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -72,18 +76,77 @@ struct LineStore {
   void clear();    // no lines, memory given back
 };
 
-// The constraint matrix. Columns are the primary store; the rest is derived
-// from them and rebuilt when a reader needs it, in one pass, once, under a
-// lock, so concurrent readers are safe:
+// Puts `count` entries, given by each(f) calling f(i, j, v) for every one in
+// the same order each time, into lines j that have their room: entry (i, j, v)
+// goes to idx/val[at[j]++] as i and v. Entries given in line order (`in_order`)
+// or few go straight to their place; many others go in two steps for the
+// cache's sake: first each into the range of its group of lines (at most 64
+// groups of at most 2^16 lines, or more groups for more lines, each written in
+// order; the entry's line within its group beside it in 16 bits), then, group
+// by group, each into its line. The pool positions used start at `base`.
+template <class Each>
+void scatter_lines(qrn_int32 n, qrn_int64 count, qrn_int64 base, qrn_int64 *at, qrn_int32 *idx, double *val,
+                   bool in_order, Each each) {
+  int shift = 0;
+  while ((static_cast<qrn_int64>(n - 1) >> shift) >= 64 && shift < 16) ++shift;
+  if (count < (qrn_int64(1) << 17) || shift == 0 || in_order) {
+    each([=](qrn_int32 i, qrn_int32 j, double v) {
+      const qrn_int64 pos = at[j]++;
+      idx[pos] = i;
+      val[pos] = v;
+    });
+    return;
+  }
+  const qrn_int32 groups = ((n - 1) >> shift) + 1;
+  const qrn_int32 mask = (qrn_int32(1) << shift) - 1;
+  std::vector<qrn_int64> gnext(groups);
+  for (qrn_int32 g = 0; g < groups; ++g) gnext[g] = at[static_cast<qrn_int64>(g) << shift];
+  Pod<std::uint16_t> lineof;  // the line of each entry within its group, while it sits in the group's range
+  lineof.resize_uninit(static_cast<size_t>(count));
+  qrn_int64 *gn = gnext.data();
+  std::uint16_t *line = lineof.data() - base;
+  each([=](qrn_int32 i, qrn_int32 j, double v) {
+    const qrn_int64 pos = gn[j >> shift]++;
+    idx[pos] = i;
+    val[pos] = v;
+    line[pos] = static_cast<std::uint16_t>(j & mask);
+  });
+  std::vector<qrn_int32> si;
+  std::vector<double> sv;
+  for (qrn_int32 g = 0; g < groups; ++g) {
+    qrn_int64 *ag = at + (static_cast<qrn_int64>(g) << shift);
+    const qrn_int64 lo = ag[0], hi = gnext[g];
+    si.assign(idx + lo, idx + hi);
+    sv.assign(val + lo, val + hi);
+    const std::uint16_t *lg = line + lo;
+    for (qrn_int64 k = 0; k < hi - lo; ++k) {
+      const qrn_int64 pos = ag[lg[k]]++;
+      idx[pos] = si[k];
+      val[pos] = sv[k];
+    }
+  }
+  lineof.release(false);  // scratch: not to stay resident
+}
+
+// The constraint matrix, kept by column and by row, one of the two current at
+// all times and the other derived from it when needed, in one pass, once,
+// under a lock, so that concurrent readers are safe:
+//   - the columns (cols(): line j holds column j, entries indexed by row) are
+//     the primary store, except right after a bulk write of rows;
 //   - the count of entries of each row (rowlen: one per row at all times, its
 //     values current while counts_ready());
 //   - the row-wise index (rows(): line i holds row i, entries indexed by column).
-// Writers keep both in step while they change few entries and drop them when
-// they change many (more than an eighth of A): the index with the counts, or
-// the index alone. The index is never kept without the counts. nnz always
-// equals cols.live.
+// Writers keep the derived data in step while they change few entries and drop
+// it when they change many (more than an eighth of A): the index with the
+// counts, or the index alone. The index is never kept without the counts.
+//
+// A bulk write of rows (put_rows) goes to the row-wise index alone and leaves
+// the columns stale: then the rows and their counts are the store, and the
+// columns are rebuilt from them by the first access that needs them. Every
+// access to the columns goes through cols() or cols_to_change(), which settle
+// them first, so no path sees stale columns; dropping the rows settles first
+// too. nnz always equals the entries held by the current store.
 struct Matrix {
-  LineStore cols;
   mutable Pod<qrn_int32> rowlen;  // read through row_counts()
   qrn_int64 nnz = 0;
   qrn_int64 maxnnz = 0;  // capacity hint given by the caller; never allocated
@@ -96,6 +159,16 @@ struct Matrix {
   qrn_int32 numrows() const { return static_cast<qrn_int32>(rowlen.size()); }
   bool counts_ready() const { return counted_.load(std::memory_order_acquire); }
   bool rows_ready() const { return ready_.load(std::memory_order_acquire); }
+  bool cols_ready() const { return current_.load(std::memory_order_acquire); }
+  const LineStore &cols() const { return cols_ready() ? cols_ : settle(); }
+  // The columns for a writer, who keeps the row data in step or drops it.
+  LineStore &cols_to_change() {
+    settle();
+    return cols_;
+  }
+  // The columns replaced whole: the derived data are dropped.
+  void set_cols(LineStore &&c);
+  void fit_cols(qrn_int32 n);  // at least n columns: empty ones added after the last
   const qrn_int32 *row_counts() const;           // recounted when dropped
   const LineStore &rows() const;                 // the row-wise index, rebuilt when dropped
   LineStore &rows_to_update() { return rows_; }  // for writers, only while rows_ready()
@@ -106,6 +179,12 @@ struct Matrix {
   // True when a change of `changes` entries should drop the derived data
   // rather than update it.
   bool many(qrn_int64 changes) const { return changes > 64 && changes > nnz / 8; }
+  // Rows line_of(k), k < num, replaced by the lines of `block` (one per row
+  // written, in order, sorted, nothing within the tolerance): the rows become
+  // the store and the columns go stale. The rows written must hold all of A's
+  // entries (`all`), or the row-wise index must be at hand or buildable.
+  template <class LineOf>
+  void put_rows(qrn_int64 num, LineOf line_of, LineStore &&block, bool all);
 
   // Structure: rows appended (empty) or removed (newindex as for LineStore),
   // columns removed; the derived data follows when it is kept.
@@ -113,13 +192,66 @@ struct Matrix {
   void drop_rows_at(const std::vector<qrn_int32> &newindex, qrn_int32 count);
   void drop_cols_at(const std::vector<qrn_int32> &newindex, qrn_int32 count);
 
+  // f(lines) for the columns and for the row-wise index while it is held, as
+  // they are (nothing is settled or rebuilt): for memory estimates.
+  template <class F>
+  void each_held(F f) const {
+    std::lock_guard<std::mutex> lock(mutex_.m);
+    f(cols_);
+    if (rows_ready()) f(rows_);
+  }
+
  private:
+  const LineStore &settle() const;  // the columns rebuilt from the rows when stale
   void count_locked() const;
+  void stale_cols();  // the rows are the store now
+  mutable LineStore cols_;
   mutable LineStore rows_;
+  mutable std::atomic<bool> current_{true};  // the columns are current
   mutable std::atomic<bool> ready_{false};
   mutable std::atomic<bool> counted_{true};
   mutable OwnMutex mutex_;
 };
+
+template <class LineOf>
+void Matrix::put_rows(qrn_int64 num, LineOf line_of, LineStore &&block, bool all) {
+  const qrn_int32 m = numrows();
+  if (all && !rows_ready()) {
+    // Nothing else is held: the block becomes the index, the other rows empty.
+    LineStore r;
+    r.start.resize(static_cast<size_t>(m), 0);
+    r.len.resize(static_cast<size_t>(m), 0);
+    r.cap.resize(static_cast<size_t>(m), 0);
+    for (qrn_int64 k = 0; k < num; ++k) {
+      const qrn_int32 i = line_of(k);
+      r.start[i] = block.start[k];
+      r.len[i] = block.len[k];
+      r.cap[i] = block.cap[k];
+    }
+    r.idx.swap(block.idx);
+    r.val.swap(block.val);
+    r.live = block.live;
+    r.room = block.room;
+    std::fill(rowlen.begin(), rowlen.end(), 0);
+    rows_ = std::move(r);
+  } else {
+    rows();  // built from the columns when dropped (they are current then)
+    rows_.reserve_more(block.live);
+    for (qrn_int64 k = 0; k < num; ++k) {
+      const qrn_int32 i = line_of(k), n = block.len[k];
+      rows_.resize_line(i, n, 0, false);
+      if (n == 0) continue;
+      std::memcpy(rows_.idx_of(i), block.idx_of(k), n * sizeof(qrn_int32));
+      std::memcpy(rows_.val_of(i), block.val_of(k), n * sizeof(double));
+    }
+    rows_.tidy();
+  }
+  for (qrn_int64 k = 0; k < num; ++k) rowlen[line_of(k)] = rows_.len[line_of(k)];
+  counted_.store(true, std::memory_order_release);
+  ready_.store(true, std::memory_order_release);
+  nnz = rows_.live;
+  stale_cols();
+}
 
 struct Bound {
   qrn_int32 bk = QRN_BK_FREE;

@@ -101,8 +101,8 @@ size_t conic_bytes(const ConicData &c, const SdpData &d) {
 // index of A counts only while it exists).
 qrn_int64 memory_in_use(const Task &t) {
   size_t b = sizeof(Task);
-  b += lines_bytes(t.a.cols) + vec_bytes(t.a.rowlen);
-  if (t.a.rows_ready()) b += lines_bytes(t.a.rows());
+  b += vec_bytes(t.a.rowlen);
+  t.a.each_held([&](const LineStore &l) { b += lines_bytes(l); });
   for (const Bounds *bd : {&t.conbound, &t.varbound}) b += vec_bytes(bd->bk) + vec_bytes(bd->bl) + vec_bytes(bd->bu);
   b += vec_bytes(t.c) + vec_bytes(t.vartype) + vec_bytes(t.var_cone);
   b += qterms_bytes(t.qobj) + vec_bytes(t.qcon);
