@@ -50,9 +50,6 @@ constexpr double kLocalRatio = 0.1;
 constexpr double kBacktrack = 0.9;
 constexpr int kStallWindow = 10;
 constexpr double kCentering = 0.1;
-// Fraction of the step to the boundary taken when a non-symmetric cone is the
-// one that limits it (step_fraction otherwise).
-constexpr double kNonsymFraction = 0.97;
 
 double dot(const Vec &a, const Vec &b) {
   double r = 0;
@@ -380,18 +377,9 @@ double Engine::step_length(const Vec &dx, const Vec &ds, const Vec &dz, double d
   for (auto &c : impl_)
     if (c->symmetric()) a = c->max_step(&s_[c->offset], &ds[c->offset], &z_[c->offset], &dz[c->offset], a);
   a = std::min(a, 1.0 / st_.step_fraction);
-  double a_sym = a;
   for (auto &c : impl_)
     if (!c->symmetric()) a = c->max_step(&s_[c->offset], &ds[c->offset], &z_[c->offset], &dz[c->offset], a);
-  if (affine) {
-    a = std::min(1.0, a);
-  } else if (a < a_sym && st_.step_fraction * a < 1) {
-    // A non-symmetric cone limits the step: stop further from its boundary
-    // (kNonsymFraction), where its next predictor is not blocked at once.
-    a *= std::min(kNonsymFraction, st_.step_fraction);
-  } else {
-    a = std::min(1.0, st_.step_fraction * a);
-  }
+  a = affine ? std::min(1.0, a) : std::min(1.0, st_.step_fraction * a);
   if (affine || !nonsym_) return a;
   // Stay near the central path: every non-symmetric cone keeps its share of
   // the complementarity; one that is already below must not fall further.
