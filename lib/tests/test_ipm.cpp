@@ -363,6 +363,31 @@ TEST(ipm_exponential_cones) {
   check_optimum(p, run(p), -1 / kE, 1e-7);
 }
 
+// Many exponential cones whose steps end at their boundaries: max sum_j
+// (x_j log(1/x_j) + w_j x_j) over the simplex is log sum_j exp(w_j), reached
+// at x_j proportional to exp(w_j). Also guards against the runs that stall
+// near the optimum with their steps blocked by one cone after another.
+TEST(ipm_many_exponential_cones_log_sum_exp) {
+  for (int k : {40, 150}) {
+    Builder b(2 * k);  // x_0..x_{k-1}, t_0..t_{k-1}
+    double lse = 0;
+    for (int j = 0; j < k; ++j) {
+      double w = std::sin(1.7 * j) * 3;
+      b.c[j] = -w, b.c[k + j] = -1;
+      lse += std::exp(w);
+    }
+    Vec ones(2 * k, 0.0);
+    for (int j = 0; j < k; ++j) ones[j] = 1;
+    b.cone(ConeKind::Zero, {ones}, {1});
+    for (int j = 0; j < k; ++j)  // t_j <= x_j log(1/x_j): (1, x_j, t_j) in Kexp
+      b.holds(ConeKind::PrimalExp, {Vec(2 * k, 0.0), unit(2 * k, j), unit(2 * k, k + j)}, {1, 0, 0});
+    Problem p = b.build();
+    Result r = run(p);
+    check_optimum(p, r, -std::log(lse), 1e-7);
+    CHECK(r.iterations <= 30);
+  }
+}
+
 TEST(ipm_power_and_geometric_mean_cones) {
   // min -x2: x0 + x1 = 1, (x0, x1, x2) in P(0.3, 0.7) -> -(0.3^0.3 0.7^0.7)
   auto three = [](ConeKind kind, Vec alpha) {
