@@ -19,6 +19,21 @@ using Dense = std::map<std::pair<int, int>, double>;  // (i, j) -> a_ij, no zero
 // Checks every row, every column and the count against ref: the columns
 // first, or the rows first (which, right after a bulk row write, reads the
 // rows before the columns are brought up to date).
+// The model after removing the sorted indexes `gone` of rows (or columns):
+// the others renumbered in order.
+void remove_from(Dense &ref, bool rows, const std::vector<qrn_int32> &gone) {
+  auto to = [&](int k) {
+    auto it = std::lower_bound(gone.begin(), gone.end(), k);
+    return it != gone.end() && *it == k ? -1 : k - static_cast<int>(it - gone.begin());
+  };
+  Dense after;
+  for (auto &[ij, v] : ref) {
+    const int i = rows ? to(ij.first) : ij.first, j = rows ? ij.second : to(ij.second);
+    if (i >= 0 && j >= 0) after[{i, j}] = v;
+  }
+  ref.swap(after);
+}
+
 void same(qrn_task_t t, const Dense &ref, int m, int n, bool rows_first = false) {
   qrn_int64 nnz = -1;
   CHECK_EQ(QRN_getnumanz64(t, &nnz), QRN_RES_OK);
@@ -213,16 +228,7 @@ TEST(storage_row_counts_recounted_after_bulk_writes_follow_later_changes) {
   auto remove = [&](bool rows, std::vector<qrn_int32> gone) {  // gone sorted
     const auto num = static_cast<qrn_int32>(gone.size());
     CHECK_EQ(rows ? QRN_removecons(t, num, gone.data()) : QRN_removevars(t, num, gone.data()), QRN_RES_OK);
-    auto to = [&](int k) {
-      auto it = std::lower_bound(gone.begin(), gone.end(), k);
-      return it != gone.end() && *it == k ? -1 : k - static_cast<int>(it - gone.begin());
-    };
-    Dense after;
-    for (auto &[ij, v] : ref) {
-      const int i = rows ? to(ij.first) : ij.first, j = rows ? ij.second : to(ij.second);
-      if (i >= 0 && j >= 0) after[{i, j}] = v;
-    }
-    ref.swap(after);
+    remove_from(ref, rows, gone);
     (rows ? m : n) -= num;
   };
   // Columns of the whole matrix, (7j + 11k) mod m for k < 5, as compressed lines.
@@ -557,16 +563,7 @@ TEST(storage_bulk_rows_deferred_through_every_kind_of_change) {
   auto pick = [&](int k) { return static_cast<int>(rng() % static_cast<unsigned>(k)); };
   auto value = [&]() { return pick(6) == 0 ? 0.0 : static_cast<double>(pick(9) + 1) * (pick(2) ? 1 : -1); };
   auto remap = [&](bool rows, std::vector<qrn_int32> gone) {  // gone sorted
-    auto to = [&](int k) {
-      auto it = std::lower_bound(gone.begin(), gone.end(), k);
-      return it != gone.end() && *it == k ? -1 : k - static_cast<int>(it - gone.begin());
-    };
-    Dense after;
-    for (auto &[ij, v] : ref) {
-      const int i = rows ? to(ij.first) : ij.first, j = rows ? ij.second : to(ij.second);
-      if (i >= 0 && j >= 0) after[{i, j}] = v;
-    }
-    ref.swap(after);
+    remove_from(ref, rows, gone);
     (rows ? m : n) -= static_cast<int>(gone.size());
   };
   for (int step = 0; step < 400; ++step) {
