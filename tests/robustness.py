@@ -187,7 +187,16 @@ def main(argv: list[str]) -> int:
             resource.setrlimit(resource.RLIMIT_AS, (8 << 30, resource.RLIM_INFINITY))
         except (ImportError, ValueError, OSError):
             pass
-    lines = run(a.full, a.only)
+    # Methods that name files (a task file, a stream file) may create them: keep them out of the
+    # caller's directory.
+    import tempfile
+    here = os.getcwd()
+    with tempfile.TemporaryDirectory() as scratch:
+        os.chdir(scratch)
+        try:
+            lines = run(a.full, a.only)
+        finally:
+            os.chdir(here)
     for line in lines:
         print(line)
     print(f"done: {len(lines)} findings")
