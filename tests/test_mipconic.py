@@ -1,5 +1,11 @@
 """The mixed-integer conic optimizer through _qrn: a semidefinite variable
-riding along with an integer one fills barx of the integer solution."""
+riding along with an integer one fills barx of the integer solution; the
+example's two portfolios agree with enumeration of the held assets."""
+import pathlib
+import re
+import subprocess
+import sys
+
 import pytest
 
 import conicmodel as cm
@@ -29,3 +35,11 @@ def test_semidefinite_variable_with_an_integer_one(env):
     assert cm.vec(barx) == pytest.approx([1, -1, 1], abs=1e-6)
     assert not cm.vec(bars).any()
     assert t.getsolsta_i_2(0)[0] != 0  # no interior solution
+
+
+def test_example_agrees_with_enumeration():
+    example = pathlib.Path(__file__).parents[1] / "examples" / "mixed_integer_conic.py"
+    out = subprocess.run([sys.executable, str(example)], capture_output=True, text=True, timeout=120, check=True).stdout
+    assert out.count("integer solution status 9") == 2, out
+    diffs = re.search(r"differences: (\S+) and (\S+)", out)
+    assert diffs and max(float(diffs[1]), float(diffs[2])) < 1e-7, out
