@@ -42,51 +42,9 @@ SYMMETRIC = {"zero", "nonneg", "soc", "rsoc", "psd"}
 
 # ------------------------------------------------------------ cone points
 
-def psd_dim(k):
-    return int(round((math.sqrt(8 * k + 1) - 1) / 2))
-
-
-def svec(M):
-    d = M.shape[0]
-    return np.array([M[i, j] if i == j else M[i, j] * math.sqrt(2) for j in range(d) for i in range(j, d)])
-
-
-def interior(rng, kind, dim, alpha, dual):
-    """A random point strictly inside the cone (or its dual when dual)."""
-    if kind in ("zero",):
-        return np.zeros(dim) if not dual else rng.normal(size=dim)
-    if kind == "nonneg":
-        return rng.uniform(0.2, 2.0, dim)
-    if kind == "soc":
-        v = rng.normal(size=dim - 1)
-        return np.concatenate([[np.linalg.norm(v) + rng.uniform(0.1, 1)], v])
-    if kind == "rsoc":
-        v = rng.normal(size=dim - 2)
-        a = rng.uniform(0.5, 2)
-        b = (v @ v) / (2 * a) + rng.uniform(0.1, 1)
-        return np.concatenate([[a, b], v])
-    if kind == "psd":
-        d = psd_dim(dim)
-        R = rng.normal(size=(d, d))
-        return svec(R @ R.T / d + 0.3 * np.eye(d))
-    if kind in ("exp", "dexp"):
-        primal = (kind == "exp") != dual
-        if primal:  # x0 >= x1 exp(x2/x1)
-            x1, x2 = rng.uniform(0.3, 2), rng.normal()
-            return np.array([x1 * math.exp(x2 / x1) + rng.uniform(0.1, 1), x1, x2])
-        x2, x1 = -rng.uniform(0.3, 2), rng.normal()  # x0 >= -x2 exp(x1/x2 - 1)
-        return np.array([-x2 * math.exp(x1 / x2 - 1) + rng.uniform(0.1, 1), x1, x2])
-    if kind in ("pow", "dpow", "gmean", "dgmean"):
-        a = np.array(alpha) / np.sum(alpha)
-        nl = len(a)
-        left = rng.uniform(0.5, 2, nl)
-        primal = (kind in ("pow", "gmean")) != dual
-        scale = np.ones(nl) if primal else 1 / a
-        bound = math.exp(np.sum(a * np.log(left * scale)))
-        w = rng.normal(size=dim - nl)
-        w *= rng.uniform(0.1, 0.9) * bound / max(np.linalg.norm(w), 1e-12)
-        return np.concatenate([left, w])
-    raise ValueError(kind)
+# The planted interior points are the test suite's own (tests/conicmodel.py).
+sys.path.insert(0, os.path.join(ROOT, "tests"))
+from conicmodel import interior, psd_dim  # noqa: E402
 
 
 def cone_alpha(kind, dim, alpha):
