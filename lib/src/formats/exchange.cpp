@@ -281,6 +281,23 @@ bool FileProblem::has_integer() const {
   return std::any_of(vartype.begin(), vartype.end(), [](qrn_int32 t) { return t == QRN_VAR_TYPE_INTEGER; });
 }
 
+ProblemRows rows_of(const FileProblem &p) {
+  ProblemRows r;
+  r.start.assign(static_cast<size_t>(p.numcon) + 1, 0);
+  for (qrn_int32 i : p.asub) ++r.start[static_cast<size_t>(i) + 1];
+  for (qrn_int32 i = 0; i < p.numcon; ++i) r.start[i + 1] += r.start[i];
+  r.sub.resize(p.asub.size());
+  r.val.resize(p.asub.size());
+  std::vector<qrn_int64> next(r.start.begin(), r.start.end() - 1);
+  for (qrn_int32 j = 0; j < p.numvar; ++j)
+    for (qrn_int64 k = p.aptr[j]; k < p.aptr[j + 1]; ++k) {
+      const qrn_int64 q = next[p.asub[k]]++;
+      r.sub[q] = j;
+      r.val[q] = p.aval[k];
+    }
+  return r;
+}
+
 FileProblem extract(qrn_task_t task) {
   FileProblem p;
   call(task, QRN_getnumcon(task, &p.numcon));

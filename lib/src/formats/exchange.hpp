@@ -104,6 +104,15 @@ struct FileProblem {
   qrn_int64 accntot() const;  // the stacked rows of the ACCs (the length of doty)
 };
 
+// The rows of A (p's column form) for writers that list A by row: row i holds
+// the entries start[i]..start[i+1]-1 of sub (column indexes, ascending) and val.
+struct ProblemRows {
+  std::vector<qrn_int64> start;
+  std::vector<qrn_int32> sub;
+  std::vector<double> val;
+};
+ProblemRows rows_of(const FileProblem &p);
+
 // The task's problem read through the C interface.
 FileProblem extract(qrn_task_t task);
 // Puts p into task (an empty task) through the C interface; a refusal becomes

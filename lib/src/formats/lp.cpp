@@ -159,20 +159,10 @@ struct LpWriter {
     }
     out.raw("\nsubject to\n");
     // Rows of A from the columns.
-    std::vector<qrn_int64> rstart(static_cast<size_t>(p.numcon) + 1, 0);
-    for (qrn_int32 i : p.asub) ++rstart[static_cast<size_t>(i) + 1];
-    for (qrn_int32 i = 0; i < p.numcon; ++i) rstart[i + 1] += rstart[i];
-    std::vector<qrn_int32> rsub(p.asub.size());
-    std::vector<double> rval(p.asub.size());
-    {
-      std::vector<qrn_int64> next(rstart.begin(), rstart.end() - 1);
-      for (qrn_int32 j = 0; j < p.numvar; ++j)
-        for (qrn_int64 k = p.aptr[j]; k < p.aptr[j + 1]; ++k) {
-          qrn_int64 q = next[p.asub[k]]++;
-          rsub[q] = j;
-          rval[q] = p.aval[k];
-        }
-    }
+    const ProblemRows byrow = rows_of(p);
+    const auto &rstart = byrow.start;
+    const auto &rsub = byrow.sub;
+    const auto &rval = byrow.val;
     size_t qk = 0;
     for (qrn_int32 i = 0; i < p.numcon; ++i) {
       out.ch(' ').raw(rows[i]).raw(": ");
